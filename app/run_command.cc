@@ -1,0 +1,113 @@
+#include "app/run_command.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "app/script.h"
+#include "app/session.h"
+#include "host/engine.h"
+
+namespace shell {
+
+namespace {
+
+bool ReadAll(std::FILE* file, std::string& text) {
+  char block[64 * 1024];
+  for (;;) {
+    const std::size_t count = std::fread(block, 1, sizeof block, file);
+    text.append(block, count);
+    if (count == 0) return std::ferror(file) == 0;
+  }
+}
+
+bool ReadScript(const std::string& script, std::string& text) {
+  if (script == "-") return ReadAll(stdin, text);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(script.c_str(), "rb"),
+                                                             std::fclose);
+  return file != nullptr && ReadAll(file.get(), text);
+}
+
+void Complain(const std::string& text) {
+  const std::string line = text + '\n';
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+std::string Place(const std::string& name, std::size_t line) {
+  return name + ':' + std::to_string(line);
+}
+
+std::string ResultText(const ORVANE::MSSINSTANCE* result) {
+  if (const auto* const integer = dynamic_cast<const ORVANE::MSSINTEGER*>(result)) {
+    return std::to_string(integer->value);
+  }
+  if (const auto* const text = dynamic_cast<const ORVANE::MSSSTRING*>(result)) {
+    return Quoted(text->value.View());
+  }
+  return "ok";
+}
+
+// Runs one call and prints its line at once, so that it stands before what the next call logs.
+bool RunCall(Session& session, const Call& call, const std::string& place) {
+  ORVANE::MSSEXEC exec(&session.Instance(), place);
+  for (const Argument& argument : call.arguments) {
+    std::visit([&exec](const auto& value) { exec.AddArgument(value); }, argument);
+  }
+  const bool done = ORVANE::CallMethod(exec, call.method.c_str());
+  const std::string line = (done ? ResultText(exec.Result()) : "failed") + '\n';
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fflush(stdout);
+  return done;
+}
+
+}  // namespace
+
+ExitStatus RunScript(const std::string& plugin_path, const std::string& script) {
+  const std::string name = script == "-" ? "<stdin>" : script;
+  std::string text;
+  if (!ReadScript(script, text)) {
+    Complain("epgshell: cannot read the script " + name + ": " + std::strerror(errno));
+    return kNotRun;
+  }
+  std::vector<Call> calls;
+  std::vector<ScriptFault> faults;
+  ParseScript(text, calls, faults);
+  for (const ScriptFault& fault : faults) Complain(Place(name, fault.line) + ": " + fault.reason);
+  if (!faults.empty()) return kNotRun;
+
+  LogToStandardError();
+  std::string error;
+  const std::unique_ptr<Session> session = Session::Open(plugin_path, error);
+  if (session == nullptr) {
+    Complain("epgshell: cannot use the plug-in: " + error);
+    return kNotRun;
+  }
+  bool known = true;
+  for (const Call& call : calls) {
+    if (!call.method.empty() && session->Instance().FindMethod(call.method.c_str()) == nullptr) {
+      Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method);
+      known = false;
+    }
+  }
+  if (!known) return kNotRun;
+
+  ExitStatus status = kAllDone;
+  for (const Call& call : calls) {
+    if (call.method.empty()) {
+      session->Think();
+    } else if (!RunCall(*session, call, Place(name, call.line))) {
+      status = kCallFailed;
+    }
+  }
+  if (std::ferror(stdout) != 0) {
+    Complain("epgshell: cannot write the results");
+    return kCallFailed;
+  }
+  return status;
+}
+
+}  // namespace shell

@@ -1,0 +1,47 @@
+#include "app/session.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "host/mlog.h"
+
+namespace shell {
+
+std::unique_ptr<Session> Session::Open(const std::string& plugin_path, std::string& error) {
+  std::unique_ptr<Session> session(new Session);
+  session->plugin_ = ORVANE::PLUGIN::Load(plugin_path.c_str(), error);
+  if (session->plugin_ == nullptr) return nullptr;
+  session->plugin_->Initialise();
+  session->browser_ = ORVANE::CreateEntity("CEPGBrowser");
+  session->instance_ = ORVANE::CreateInstance("EPGBROWSER");
+  if (session->browser_ == nullptr || session->instance_ == nullptr ||
+      !ORVANE::Bind(*session->instance_, session->browser_.get())) {
+    error = plugin_path + ": this plug-in has no programme guide browser";
+    return nullptr;
+  }
+  return session;
+}
+
+Session::~Session() {
+  instance_.reset();
+  browser_.reset();
+  if (plugin_ != nullptr) plugin_->Release();
+}
+
+void LogToStandardError() {
+  ORVANE::MLog.SetSink([](ORVANE::MLOG::TYPE type, std::string_view text) {
+    const char* const prefix = type == ORVANE::MLOG::NOTICE   ? "notice: "
+                               : type == ORVANE::MLOG::ERROR  ? "error: "
+                               : type == ORVANE::MLOG::CALLER ? "  at "
+                                                              : "log: ";
+    std::string entry = prefix;
+    for (const char c : text) {
+      entry += c;
+      if (c == '\n') entry += "  ";
+    }
+    entry += '\n';
+    std::fwrite(entry.data(), 1, entry.size(), stderr);
+  });
+}
+
+}  // namespace shell

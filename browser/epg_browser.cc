@@ -1,0 +1,68 @@
+#include "browser/epg_browser.h"
+
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "browser/epg_loader_thread.h"
+#include "import/import_driver.h"
+#include "platform/services.h"
+
+using ORVANE::MSTR;
+
+CEPGBrowser::CEPGBrowser() = default;
+
+// The loader writes into the browser, so it goes before any field does.
+CEPGBrowser::~CEPGBrowser() { StopLoader(); }
+
+void CEPGBrowser::StopLoader() {
+  if (const auto loader = loader_.Exchange(nullptr); loader != nullptr) loader->StopAndWait();
+}
+
+bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, const MSTR& name) {
+  StopLoader();
+  try {
+    MSTR file_name;
+    file_name.Format("%s.xml", name.Text());
+    auto loader = std::make_shared<CEPGLoaderThread>(*this, file_name);
+    // Started before it can be seen: one that is seen and not active has ended.
+    loader->Start();
+    loader_.Exchange(std::move(loader));
+  } catch (const std::bad_alloc&) {  // without a loader, nothing is started
+  }
+  return true;
+}
+
+void CEPGBrowser::LoadSchedule(const MSTR& file_name, CProgressIndicator* progress) {
+  std::shared_ptr<CProviderData> schedule;
+  const auto fail = [this](const char* reason) {
+    try {
+      status_text_ = reason;
+    } catch (const std::bad_alloc&) {
+      status_text_ = MSTR();
+    }
+  };
+  try {
+    schedule = ImportEPGFile(file_name, status_text_, progress);
+  } catch (const std::bad_alloc&) {
+    fail(ORVANE::MBADALLOC().what());
+  } catch (const std::exception& error) {
+    fail(error.what());
+  }
+  // A replaced schedule ends here, away from the engine's thread, unless somebody still reads it.
+  schedule_.Exchange(std::move(schedule));
+}
+
+void CEPGBrowser::Think(std::uint32_t tick) {
+  ENTITY::Think(tick);
+  auto loader = loader_.Load();
+  if (loader != nullptr && !loader->Active()) FinishLoad(std::move(loader));
+}
+
+void CEPGBrowser::FinishLoad(std::shared_ptr<CEPGLoaderThread> ended) {
+  if (!loader_.ClearIf(ended)) return;  // another thread has adopted it
+  ended.reset();
+  if (Schedule() != nullptr) return;
+  platform::MessageBoxA(status_text_.Text(), "Telvyn configuration error",
+                        platform::kMessageBoxInformation);
+}

@@ -1,0 +1,65 @@
+// The scene entity that owns one schedule and loads it from a listings file in the background.
+//
+// Ownership: the browser owns its schedule, together with whoever is still reading it, and its
+//   loader.
+// Threads: the engine's thread creates, ticks and destroys; the loader's thread writes status text
+//   and schedule while a load runs.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "browser/shared_slot.h"
+#include "host/entity.h"
+#include "host/mobj.h"
+#include "host/mstr.h"
+#include "schedule/provider_data.h"
+
+class CEPGLoaderThread;
+class CProgressIndicator;
+
+class CEPGBrowser : public ORVANE::ENTITY {
+ public:
+  // The script instance that is bound to a browser. Defined in plugin/.
+  class MSS;
+
+  class CREATEPARAMS final : public ORVANE::ENTITY::CREATEPARAMS {
+   public:
+    // Defined with the rest of the library-wide state, like the browser's own.
+    static const SREC _Record;
+    const SREC* _GetSerializeRecord() const override { return &_Record; }
+  };
+
+  CEPGBrowser();
+  // Waits for a load that is running.
+  ~CEPGBrowser() override;
+
+  static const SREC _Record;
+  const SREC* _GetSerializeRecord() const override { return &_Record; }
+
+  // Adopts the end of a load. [engine], and a script's thread that waits for one
+  void Think(std::uint32_t tick) override;
+
+  // Starts to load "`name`.xml", after the end of a load that is still running. The other two
+  // strings are the script's and have no use. Always true. [engine]
+  virtual bool InitSchedule(const ORVANE::MSTR& first, const ORVANE::MSTR& second,
+                            const ORVANE::MSTR& name);
+
+  // Imports a file and replaces the schedule by the result, also when that is none. [loader]
+  void LoadSchedule(const ORVANE::MSTR& file_name, CProgressIndicator* progress);
+
+  // A load runs, or has ended and not been adopted yet. [any]
+  bool HasLoader() const { return loader_.Load() != nullptr; }
+
+  // The schedule as it is now, which stays alive while the reference is kept; null when there is
+  // none. [any]
+  std::shared_ptr<const CProviderData> Schedule() const { return schedule_.Load(); }
+
+ private:
+  void FinishLoad(std::shared_ptr<CEPGLoaderThread> ended);
+  void StopLoader();
+
+  CSharedSlot<CProviderData> schedule_;
+  ORVANE::MSTR status_text_;  // the loader's while one is active, then the engine's thread's
+  CSharedSlot<CEPGLoaderThread> loader_;
+};

@@ -1,0 +1,20 @@
+#include "browser/epg_loader_thread.h"
+
+#include <thread>
+
+#include "browser/epg_browser.h"
+
+CEPGLoaderThread::CEPGLoaderThread(CEPGBrowser& owner, const ORVANE::MSTR& file_name)
+    : MTHREAD(0), file_name_(file_name), owner_(owner) {}
+
+CEPGLoaderThread::~CEPGLoaderThread() { StopAndWait(); }
+
+bool CEPGLoaderThread::SetProgress(std::int32_t /*position*/) { return !CheckStop(); }
+
+void CEPGLoaderThread::Run() { owner_.LoadSchedule(file_name_, this); }
+
+void CEPGLoaderThread::StopAndWait() {
+  if (!Active()) return;
+  Stop();
+  while (Active()) std::this_thread::yield();
+}

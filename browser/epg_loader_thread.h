@@ -1,0 +1,34 @@
+// The thread of one load, and that load's progress indicator.
+//
+// Ownership: the browser that made it owns it; it owns nothing but its file name.
+// Threads: the owner's thread starts, polls, stops and destroys; `Run` is on the loader's own.
+#pragma once
+
+#include <cstdint>
+
+#include "browser/progress_indicator.h"
+#include "host/mstr.h"
+#include "host/mthread.h"
+
+class CEPGBrowser;
+
+class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD {
+ public:
+  // `owner` must outlive the loader's run.
+  CEPGLoaderThread(CEPGBrowser& owner, const ORVANE::MSTR& file_name);
+  // Asks a running load to end and waits for it.
+  ~CEPGLoaderThread() override;
+
+  // False once the loader has been asked to stop. Stores nothing.
+  bool SetProgress(std::int32_t position) override;
+
+  void Run() override;
+
+  // Returns once the thread is not active; it is asked to stop if it is. There is no time limit:
+  // an import that never asks whether to go on runs to its end.
+  void StopAndWait();
+
+ private:
+  const ORVANE::MSTR file_name_;
+  CEPGBrowser& owner_;
+};

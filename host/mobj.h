@@ -1,0 +1,53 @@
+// The base of every engine object, and the records that make classes creatable by name.
+//
+// Threads: records may be set up and looked up from any thread.
+#pragma once
+
+#include "host/api.h"
+
+namespace ORVANE {
+
+class MBUFFER;
+
+class ORVANE_API MOBJ {
+ public:
+  // A class name with a factory that returns a new object, owned by the caller and given back
+  // through its Release. A record enters the engine's registry when it is built and leaves it when
+  // it is destroyed; where two bear one name, the later one is found. `class_name` must outlive it.
+  class ORVANE_API SREC {
+   public:
+    using FACTORY = MOBJ* (*)();
+
+    SREC(const char* class_name, FACTORY factory);
+    SREC(const SREC&) = delete;
+    SREC& operator=(const SREC&) = delete;
+    ~SREC();
+
+    const char* ClassName() const { return class_name_; }
+    // Null when the factory has nothing to give.
+    MOBJ* Create() const { return factory_(); }
+
+    // Null when no class of that name is known.
+    static const SREC* Find(const char* class_name);
+
+   private:
+    const char* const class_name_;
+    const FACTORY factory_;
+    SREC* next_ = nullptr;
+  };
+
+  MOBJ() = default;
+  MOBJ(const MOBJ&) = delete;
+  MOBJ& operator=(const MOBJ&) = delete;
+  virtual ~MOBJ() = default;
+
+  // The record of the object's class; null for a class that is not creatable by name.
+  virtual const SREC* _GetSerializeRecord() const;
+  virtual bool Read(MBUFFER& buffer);
+  virtual bool Write(MBUFFER& buffer) const;
+  // Gives the object back to whoever made it; here: destroys it.
+  virtual void Release();
+  virtual bool OnMessage(int message, void* data);
+};
+
+}  // namespace ORVANE

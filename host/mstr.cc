@@ -1,0 +1,142 @@
+#include "host/mstr.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ORVANE {
+
+constinit const MSTR::NULLSTRING MSTR::_NullString = {{0, 0}, {}};
+
+const char* MBADALLOC::what() const noexcept { return "bad allocation"; }
+
+char* MSTR::Allocate(std::size_t capacity, std::size_t kept) const {
+  if (capacity > kMaxLength) throw MBADALLOC();
+  void* const block = std::malloc(sizeof(HEADER) + capacity + 1);
+  if (block == nullptr) throw MBADALLOC();
+  auto* const header = ::new (block)
+      HEADER{static_cast<std::uint32_t>(kept), static_cast<std::uint32_t>(capacity)};
+  auto* const text = reinterpret_cast<char*>(header + 1);
+  std::memcpy(text, text_, kept);
+  text[kept] = '\0';
+  return text;
+}
+
+void MSTR::Assign(std::string_view text) {
+  if (text.empty()) {
+    Free();
+    text_ = Null();
+    return;
+  }
+  if (text.size() <= Header()->capacity) {
+    std::memmove(text_, text.data(), text.size());
+  } else {
+    char* const fresh = Allocate(text.size(), 0);
+    std::memcpy(fresh, text.data(), text.size());
+    Free();
+    text_ = fresh;
+  }
+  Header()->length = static_cast<std::uint32_t>(text.size());
+  text_[text.size()] = '\0';
+}
+
+void MSTR::Append(std::string_view text) {
+  if (text.empty()) return;
+  const std::size_t length = Length();
+  const std::size_t total = length + text.size();
+  if (total <= Header()->capacity) {
+    std::memmove(text_ + length, text.data(), text.size());
+  } else {
+    const std::size_t roomy = std::min<std::size_t>(length + length / 2 + 16, kMaxLength);
+    char* const fresh = Allocate(std::max(total, roomy), length);
+    std::memcpy(fresh + length, text.data(), text.size());
+    Free();
+    text_ = fresh;
+  }
+  Header()->length = static_cast<std::uint32_t>(total);
+  text_[total] = '\0';
+}
+
+void MSTR::Truncate(std::uint32_t length) {
+  if (length >= Length()) return;
+  if (length == 0) {
+    Assign({});
+    return;
+  }
+  Header()->length = length;
+  text_[length] = '\0';
+}
+
+void MSTR::Format(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  FormatList(format, arguments);
+  va_end(arguments);
+}
+
+void MSTR::FormatList(const char* format, std::va_list arguments) {
+  char small[512];
+  std::va_list measured;
+  va_copy(measured, arguments);
+  const int length = std::vsnprintf(small, sizeof small, format, measured);
+  va_end(measured);
+  if (length < 0) throw MBADALLOC();
+  const auto size = static_cast<std::size_t>(length);
+  if (size < sizeof small) {
+    Assign({small, size});
+    return;
+  }
+  char* const fresh = Allocate(size, 0);
+  std::vsnprintf(fresh, size + 1, format, arguments);
+  Free();
+  text_ = fresh;
+  Header()->length = static_cast<std::uint32_t>(size);
+}
+
+MSTR MSTR::Left(std::uint32_t count) const { return View().substr(0, count); }
+
+void MSTR::Replace(std::string_view from, std::string_view to) {
+  if (from.empty()) return;
+  const std::string_view old = View();
+  std::size_t found = old.find(from);
+  if (found == std::string_view::npos) return;
+  MSTR result;
+  std::size_t copied = 0;
+  for (; found != std::string_view::npos; found = old.find(from, copied)) {
+    result.Append(old.substr(copied, found - copied));
+    result.Append(to);
+    copied = found + from.size();
+  }
+  result.Append(old.substr(copied));
+  std::swap(text_, result.text_);
+}
+
+std::uint32_t MSTR::Id() const {
+  // Eight bytes a step; the last step's multiplications and shifts spread every input bit over
+  // the whole result, so that sums of values of near-equal texts stay apart.
+  constexpr std::uint64_t kStep = 0x9FB21C651E98DF25u;
+  constexpr std::uint64_t kMix = 0xD6E8FEB86659FD93u;
+  const char* at = text_;
+  std::size_t left = Length();
+  std::uint64_t hash = left * kMix + 0x2545F4914F6CDD1Du;
+  const auto take = [&hash](std::uint64_t word) {
+    hash = (hash ^ word) * kStep;
+    hash ^= hash >> 29;
+  };
+  std::uint64_t word = 0;
+  for (; left >= sizeof word; at += sizeof word, left -= sizeof word) {
+    std::memcpy(&word, at, sizeof word);
+    take(word);
+  }
+  if (left != 0) {
+    word = 0;
+    std::memcpy(&word, at, left);
+    take(word);
+  }
+  hash ^= hash >> 32;
+  hash *= kMix;
+  hash ^= hash >> 32;
+  hash *= kMix;
+  return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+}
+
+}  // namespace ORVANE

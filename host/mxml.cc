@@ -1,0 +1,331 @@
+#include "host/mxml.h"
+
+#include <cstdint>
+#include <memory>
+
+#include "host/mstrm.h"
+
+namespace ORVANE {
+
+MXML::NODE* MXML::NODE::FindNode(std::string_view wanted) const {
+  for (NODE* child = first_child; child != nullptr; child = child->next_sibling) {
+    if (child->name == wanted) return child;
+  }
+  NODE* node = first_child;
+  while (node != nullptr) {
+    if (node->name == wanted) return node;
+    if (node->first_child != nullptr) {
+      node = node->first_child;
+      continue;
+    }
+    while (node->next_sibling == nullptr) {
+      node = node->parent;
+      if (node == this) return nullptr;
+    }
+    node = node->next_sibling;
+  }
+  return nullptr;
+}
+
+const MXML::ATTRIB* MXML::NODE::FindAttribute(std::string_view wanted) const {
+  const ATTRIB* attribute = first_attribute;
+  while (attribute != nullptr && !(attribute->name == wanted)) attribute = attribute->next;
+  return attribute;
+}
+
+MSTR MXML::NODE::GetAttribute(std::string_view wanted) const {
+  const ATTRIB* const attribute = FindAttribute(wanted);
+  return attribute != nullptr ? attribute->value : MSTR();
+}
+
+int MXML::NODE::GetAttributeAsInt(std::string_view wanted, int missing) const {
+  const ATTRIB* const attribute = FindAttribute(wanted);
+  if (attribute == nullptr) return missing;
+  return static_cast<int>(std::strtol(attribute->value.Text(), nullptr, 10));
+}
+
+void MXML::NODE::AddNode(NODE* child) {
+  child->parent = this;
+  (last_child != nullptr ? last_child->next_sibling : first_child) = child;
+  last_child = child;
+}
+
+void MXML::NODE::AddAttribute(ATTRIB* attribute) {
+  (last_attribute != nullptr ? last_attribute->next : first_attribute) = attribute;
+  last_attribute = attribute;
+}
+
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+bool EndsName(char c) {
+  return IsBlank(c) || c == '/' || c == '>' || c == '=' || c == '<' || c == '"' || c == '\'' ||
+         c == '&';
+}
+
+void AppendUtf8(std::uint32_t code, MSTR& text) {
+  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
+  const auto trail = [&put, code](unsigned shift) { put(0x80 | ((code >> shift) & 0x3f)); };
+  if (code < 0x80) {
+    put(code);
+  } else if (code < 0x800) {
+    put(0xc0 | (code >> 6));
+    trail(0);
+  } else if (code < 0x10000) {
+    put(0xe0 | (code >> 12));
+    trail(6);
+    trail(0);
+  } else {
+    put(0xf0 | (code >> 18));
+    trail(12);
+    trail(6);
+    trail(0);
+  }
+}
+
+// Reads what stands between '&' and ';'. False when it names no character.
+bool AppendReference(std::string_view name, MSTR& text) {
+  static constexpr struct {
+    std::string_view name;
+    char character;
+  } kEntities[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+  for (const auto& entity : kEntities) {
+    if (entity.name == name) {
+      text += entity.character;
+      return true;
+    }
+  }
+  if (name.size() < 2 || name[0] != '#') return false;
+  const bool hexadecimal = name[1] == 'x';
+  const std::string_view digits = name.substr(hexadecimal ? 2 : 1);
+  std::uint32_t code = 0;
+  for (const char c : digits) {
+    const char lower = static_cast<char>(c | 0x20);
+    std::uint32_t digit = 0;
+    if (c >= '0' && c <= '9') {
+      digit = static_cast<std::uint32_t>(c - '0');
+    } else if (hexadecimal && lower >= 'a' && lower <= 'f') {
+      digit = static_cast<std::uint32_t>(lower - 'a' + 10);
+    } else {
+      return false;
+    }
+    code = code * (hexadecimal ? 16 : 10) + digit;
+    if (code > 0x10ffff) return false;
+  }
+  const bool surrogate = code >= 0xd800 && code <= 0xdfff;
+  if (digits.empty() || code == 0 || surrogate) return false;
+  AppendUtf8(code, text);
+  return true;
+}
+
+// Appends character data, its references resolved.
+void AppendText(std::string_view raw, MSTR& text) {
+  // No reference that names a character is longer.
+  constexpr std::size_t kLongest = 32;
+  std::size_t copied = 0;
+  for (std::size_t at = raw.find('&'); at != std::string_view::npos; at = raw.find('&', at)) {
+    const std::size_t end = raw.substr(at + 1, kLongest).find(';');
+    text.Append(raw.substr(copied, at - copied));
+    copied = at;
+    if (end != std::string_view::npos && AppendReference(raw.substr(at + 1, end), text)) {
+      copied = at + end + 2;
+    }
+    at = copied == at ? at + 1 : copied;
+  }
+  text.Append(raw.substr(copied));
+}
+
+// One pass over a document's text. Nesting is kept in the tree itself, so its depth costs no stack.
+class PARSER {
+ public:
+  PARSER(std::string_view text, MXML::NODE& root) : text_(text), root_(root), open_(&root) {}
+
+  // False when the document is malformed; `root` then holds what was read before the fault.
+  bool Parse() {
+    if (text_.substr(0, 3) == "\xef\xbb\xbf") at_ = 3;
+    while (at_ < text_.size()) {
+      if (!(text_[at_] == '<' ? Markup() : CharacterData())) return false;
+    }
+    return open_ == &root_ && root_.first_child != nullptr;
+  }
+
+ private:
+  bool InDocumentElement() const { return open_ != &root_; }
+
+  bool CharacterData() {
+    const std::size_t end = text_.find('<', at_);
+    const std::string_view raw = text_.substr(at_, end - at_);
+    at_ += raw.size();
+    if (InDocumentElement()) {
+      AppendText(raw, open_->value);
+      return true;
+    }
+    for (const char c : raw) {
+      if (!IsBlank(c)) return false;
+    }
+    return true;
+  }
+
+  bool Markup() {
+    const std::string_view rest = text_.substr(at_);
+    if (rest.substr(0, 2) == "</") return EndTag();
+    if (rest.substr(0, 4) == "<!--") return SkipPast("-->", 4);
+    if (rest.substr(0, 2) == "<?") return SkipPast("?>", 2);
+    if (rest.substr(0, 9) == "<![CDATA[") return CharacterSection();
+    if (rest.substr(0, 9) == "<!DOCTYPE") return DocumentType();
+    return StartTag();
+  }
+
+  bool SkipPast(std::string_view end, std::size_t opening) {
+    const std::size_t found = text_.find(end, at_ + opening);
+    if (found == std::string_view::npos) return false;
+    at_ = found + end.size();
+    return true;
+  }
+
+  bool CharacterSection() {
+    const std::size_t begin = at_ + 9;
+    if (!InDocumentElement() || !SkipPast("]]>", 9)) return false;
+    open_->value.Append(text_.substr(begin, at_ - 3 - begin));
+    return true;
+  }
+
+  bool DocumentType() {
+    if (root_.first_child != nullptr) return false;
+    std::size_t brackets = 0;
+    at_ += 9;
+    while (at_ < text_.size()) {
+      const char c = text_[at_];
+      if (c == '"' || c == '\'') {
+        if (!SkipPast({&c, 1}, 1)) return false;
+        continue;
+      }
+      if (text_.substr(at_, 4) == "<!--") {
+        if (!SkipPast("-->", 4)) return false;
+        continue;
+      }
+      ++at_;
+      if (c == '[') ++brackets;
+      if (c == ']' && brackets > 0) --brackets;
+      if (c == '>' && brackets == 0) return true;
+    }
+    return false;
+  }
+
+  std::string_view Name() {
+    const std::size_t begin = at_;
+    while (at_ < text_.size() && !EndsName(text_[at_])) ++at_;
+    return text_.substr(begin, at_ - begin);
+  }
+
+  void Blanks() {
+    while (at_ < text_.size() && IsBlank(text_[at_])) ++at_;
+  }
+
+  bool Take(char wanted) {
+    if (at_ == text_.size() || text_[at_] != wanted) return false;
+    ++at_;
+    return true;
+  }
+
+  bool EndTag() {
+    at_ += 2;
+    if (!InDocumentElement() || !(open_->name == Name())) return false;
+    Blanks();
+    open_ = open_->parent;
+    return Take('>');
+  }
+
+  bool StartTag() {
+    ++at_;
+    const std::string_view name = Name();
+    const bool second_document = !InDocumentElement() && root_.first_child != nullptr;
+    if (name.empty() || second_document) return false;
+    auto node = std::make_unique<MXML::NODE>();
+    node->name = name;
+    MXML::NODE* const added = node.get();
+    open_->AddNode(node.release());
+    for (;;) {
+      const std::size_t before = at_;
+      Blanks();
+      if (Take('>')) {
+        open_ = added;
+        return true;
+      }
+      if (Take('/')) return Take('>');
+      if (at_ == before || !Attribute(*added)) return false;
+    }
+  }
+
+  bool Attribute(MXML::NODE& node) {
+    const std::string_view name = Name();
+    Blanks();
+    if (name.empty() || !Take('=')) return false;
+    Blanks();
+    if (at_ == text_.size()) return false;
+    const char quote = text_[at_];
+    const std::size_t begin = at_ + 1;
+    if ((quote != '"' && quote != '\'') || !SkipPast({&quote, 1}, 1)) return false;
+    const std::string_view raw = text_.substr(begin, at_ - 1 - begin);
+    if (raw.find('<') != std::string_view::npos) return false;
+    auto attribute = std::make_unique<MXML::ATTRIB>();
+    attribute->name = name;
+    AppendText(raw, attribute->value);
+    node.AddAttribute(attribute.release());
+    return true;
+  }
+
+  const std::string_view text_;
+  MXML::NODE& root_;
+  MXML::NODE* open_;  // the innermost element not yet closed
+  std::size_t at_ = 0;
+};
+
+bool ReadWhole(const MSTR& file_name, MSTR& text) {
+  MSTRM stream;
+  if (!stream.Open(file_name, true, false, true)) return false;
+  char block[16 * 1024];
+  for (int count = stream.Read(block, sizeof block); count > 0;
+       count = stream.Read(block, sizeof block)) {
+    text.Append({block, static_cast<std::size_t>(count)});
+  }
+  return true;
+}
+
+}  // namespace
+
+MXML::~MXML() { Clear(); }
+
+void MXML::Clear() {
+  text_ = MSTR();
+  // Leaves go first; a parent is reached again once its children are gone. Depth costs no stack.
+  NODE* node = root_.first_child;
+  while (node != nullptr && node != &root_) {
+    if (NODE* const child = std::exchange(node->first_child, nullptr); child != nullptr) {
+      node = child;
+      continue;
+    }
+    NODE* const next = node->next_sibling != nullptr ? node->next_sibling : node->parent;
+    while (node->first_attribute != nullptr) {
+      delete std::exchange(node->first_attribute, node->first_attribute->next);
+    }
+    delete node;
+    node = next;
+  }
+  root_.first_child = root_.last_child = nullptr;
+}
+
+bool MXML::Load(const MSTR& file_name) {
+  Clear();
+  MSTR text;
+  if (!ReadWhole(file_name, text)) return false;
+  if (!PARSER(text.View(), root_).Parse()) {
+    Clear();
+    return false;
+  }
+  text_ = std::move(text);
+  return true;
+}
+
+}  // namespace ORVANE

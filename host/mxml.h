@@ -1,0 +1,83 @@
+// The engine's XML document, held as a tree, and the node record that the plug-in's own reader
+// builds too.
+//
+// Ownership: a document owns its tree. A node owns its name and value only; whoever makes a tree
+//   of nodes frees it.
+// Threads: a document or tree belongs to one thread.
+// Errors: a file that cannot be read or is malformed leaves an empty text and a root without
+//   children; MBADALLOC when memory runs out.
+#pragma once
+
+#include <string_view>
+
+#include "host/api.h"
+#include "host/mstr.h"
+
+namespace ORVANE {
+
+class ORVANE_API MXML {
+ public:
+  struct ATTRIB {
+    MSTR name;
+    MSTR value;
+    ATTRIB* next = nullptr;
+  };
+
+  struct ORVANE_API NODE {
+    MSTR name;
+    MSTR value;
+    NODE* parent = nullptr;
+    NODE* first_child = nullptr;
+    NODE* last_child = nullptr;
+    NODE* next_sibling = nullptr;
+    ATTRIB* first_attribute = nullptr;
+    ATTRIB* last_attribute = nullptr;
+
+    NODE() = default;
+    NODE(const NODE&) = delete;
+    NODE& operator=(const NODE&) = delete;
+
+    // Of that name, the first direct child, else the first node below in document order, or null.
+    NODE* FindNode(std::string_view wanted) const;
+
+    // The first attribute of that name: its value, empty (or `missing`) when there is none. A
+    // number is read as `atoi` reads it.
+    MSTR GetAttribute(std::string_view wanted) const;
+    int GetAttributeAsInt(std::string_view wanted, int missing) const;
+
+    // Link a child or an attribute in, as the last one.
+    void AddNode(NODE* child);
+    void AddAttribute(ATTRIB* attribute);
+
+   private:
+    const ATTRIB* FindAttribute(std::string_view wanted) const;
+  };
+
+  MXML() = default;
+  MXML(const MXML&) = delete;
+  MXML& operator=(const MXML&) = delete;
+  ~MXML();
+
+  // Reads a whole XML 1.0 document without validating it, in place of what was held before.
+  //
+  // Bytes stay as they are, line ends and encoding included; numeric references become UTF-8, an
+  // unknown reference or a lone '&' stands for itself, CDATA is text, comments and processing
+  // instructions leave no node. A node's value is all of its own text. True when the document is
+  // well-formed; nothing is held otherwise.
+  bool Load(const MSTR& file_name);
+
+  // The document as it was read; empty when the last Load failed.
+  const MSTR& LoadedText() const { return text_; }
+
+  // A node without a name, above the document element.
+  NODE& Root() { return root_; }
+  const NODE& Root() const { return root_; }
+
+ private:
+  void Clear();
+
+  MSTR text_;
+  NODE root_;
+};
+
+}  // namespace ORVANE

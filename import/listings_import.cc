@@ -1,0 +1,59 @@
+#include "import/listings_import.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "browser/progress_indicator.h"
+#include "host/mlog.h"
+#include "platform/services.h"
+#include "schedule/time_value.h"
+
+using ORVANE::MLog;
+using ORVANE::MSTR;
+
+bool OpenListings(CSimpleXMLReader& reader, const MSTR& file_name, MSTR& status) {
+  if (reader.Open(file_name, true, false, true)) return true;
+  status.Format("Failed to open file \"%s\".", file_name.Text());
+  return false;
+}
+
+void AnnounceRange(CSimpleXMLReader& reader, CProgressIndicator* progress) {
+  if (progress == nullptr) return;
+  constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+  reader.Seek(0, CSimpleXMLReader::SEEK::End);
+  progress->SetRange(static_cast<std::int32_t>(std::min(reader.Position(), kMost)));
+  reader.Seek(0, CSimpleXMLReader::SEEK::Start);
+}
+
+bool ReadListingsRoot(CSimpleXMLReader& reader, CSafeNode& root, std::string_view wanted) {
+  bool more = false;
+  const bool open = reader.ReadRoot(root, more);
+  return root.name == wanted && (open || more);
+}
+
+const CProgram* FindOrAddProgram(CProviderData& store, std::unique_ptr<CProgram> program) {
+  const CProgram* const offered = program.get();
+  return store.AddProgram(program) ? offered : store.FindProgram(program->key.View());
+}
+
+std::int32_t EndAfter(std::int32_t start, std::int32_t end) {
+  if (start <= end) return end;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(end) + kMinutesPerDay);
+}
+
+bool FinishImport(CProviderData& store, CSimpleXMLReader& reader, const MSTR& file_name,
+                  std::uint32_t began, MSTR& status, CProgressIndicator* progress) {
+  if (progress != nullptr) progress->SetComplete();
+  reader.Close();
+  status.Format("File \"%s\" loaded OK.  %s  (%i msec)", file_name.Text(),
+                store.GetStatistics().Text(), static_cast<int>(platform::GetTickCount() - began));
+  MLog.Log("%s", status.Text());
+  IndexStations(store);
+  return store.GetStationCount() > 0;
+}
+
+void IndexStations(CProviderData& store) {
+  for (std::int32_t i = 0; i < store.GetStationCount(); ++i) {
+    store.GetStation(i)->BuildProgramIndex();
+  }
+}

@@ -1,0 +1,269 @@
+#include "import/xmltv_data.h"
+
+#include <cinttypes>
+#include <utility>
+
+#include "host/mlog.h"
+#include "import/listings_import.h"
+#include "platform/services.h"
+#include "schedule/text_number.h"
+#include "schedule/time_value.h"
+
+using ORVANE::MLog;
+using ORVANE::MSTR;
+using ORVANE::MXML;
+
+namespace {
+
+constexpr const char* kSet = "Y";
+
+// What an element of a programme does to the records; its text may be taken.
+struct Element {
+  const char* name;
+  void (*read)(MXML::NODE& node, CScheduleItem& item, CProgram& program);
+};
+
+template <MSTR CProgram::*kText>
+void TakeProgramText(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
+  program.*kText = std::move(node.value);
+}
+
+template <MSTR CScheduleItem::*kText>
+void TakeItemText(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
+  item.*kText = std::move(node.value);
+}
+
+template <MSTR CScheduleItem::*kMarker>
+void SetItemMarker(MXML::NODE& /*node*/, CScheduleItem& item, CProgram& /*program*/) {
+  item.*kMarker = kSet;
+}
+
+// Reads every child of a node by a table; one that is not in it is logged with `path` before its
+// name.
+template <std::size_t kCount>
+void ReadElements(const Element (&elements)[kCount], const char* path, MXML::NODE& node,
+                  CScheduleItem& item, CProgram& program) {
+  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+    const Element* found = nullptr;
+    for (const Element& element : elements) {
+      if (child->name == element.name) {
+        found = &element;
+        break;
+      }
+    }
+    if (found != nullptr) {
+      found->read(*child, item, program);
+    } else {
+      MLog.Log("Unknown XMLTV data element: %s%s", path, child->name.Text());
+    }
+  }
+}
+
+void ReadColour(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
+  if (node.value == "no") program.black_and_white = kSet;
+}
+
+void ReadVideo(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+  static constexpr Element kElements[] = {
+      {"aspect", TakeItemText<&CScheduleItem::aspect>},
+      {"colour", ReadColour},
+  };
+  ReadElements(kElements, "video->", node, item, program);
+}
+
+void ReadActor(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
+  if (!program.actors.IsEmpty()) program.actors += ", ";
+  program.actors += node.value;
+}
+
+void ReadCredits(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+  static constexpr Element kElements[] = {
+      {"director", TakeProgramText<&CProgram::director>},
+      {"actor", ReadActor},
+  };
+  ReadElements(kElements, "credits->", node, item, program);
+}
+
+void ReadOtherRating(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
+  item.rating_other.Format("%s rating: %s", node.parent->GetAttribute("system").Text(),
+                           node.value.Text());
+}
+
+void ReadRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+  static constexpr Element kBBFC[] = {{"value", TakeProgramText<&CProgram::rating_bbfc>}};
+  static constexpr Element kOther[] = {{"value", ReadOtherRating}};
+  const bool bbfc = node.GetAttribute("system") == "BBFC";
+  ReadElements(bbfc ? kBBFC : kOther, "rating->", node, item, program);
+}
+
+void ReadStarRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+  static constexpr Element kElements[] = {{"value", TakeProgramText<&CProgram::star_rating>}};
+  ReadElements(kElements, "star rating->", node, item, program);
+}
+
+void ReadDescription(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
+  program.description = ReParse(node.value);
+}
+
+void ReadPremiere(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
+  item.premiere = node.value.IsEmpty() ? MSTR("Premiere") : std::move(node.value);
+}
+
+constexpr Element kProgrammeElements[] = {
+    {"title", TakeProgramText<&CProgram::title>},
+    {"desc", ReadDescription},
+    {"category", TakeProgramText<&CProgram::genre>},
+    {"sub-title", TakeProgramText<&CProgram::episode_title>},
+    {"date", TakeProgramText<&CProgram::publish_date>},
+    {"video", ReadVideo},
+    {"subtitles", TakeItemText<&CScheduleItem::subtitles>},
+    {"credits", ReadCredits},
+    {"previously-shown", SetItemMarker<&CScheduleItem::repeat>},
+    {"new", SetItemMarker<&CScheduleItem::new_marker>},
+    {"premiere", ReadPremiere},
+    {"rating", ReadRating},
+    {"star-rating", ReadStarRating},
+};
+
+// Programmes with the same texts are one programme.
+MSTR ProgramKey(const CProgram& program) {
+  const std::uint32_t sum = program.actors.Id() + program.description.Id() +
+                            program.episode_title.Id() + program.title.Id();
+  MSTR key;
+  key.Format("X%" PRIX64, std::uint64_t{sum});
+  return key;
+}
+
+// A copy in lower case; only ASCII letters have one.
+MSTR Lowered(std::string_view text) {
+  MSTR lowered;
+  for (const char c : text) {
+    lowered += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+  }
+  return lowered;
+}
+
+// The code unit of a lower-cased reference, without its "&#" and ';'.
+char16_t ReferencedUnit(const MSTR& reference) {
+  if (reference.Text()[0] != 'x') {
+    return static_cast<char16_t>(static_cast<std::uint32_t>(ReadNumber(reference.Text())));
+  }
+  std::uint32_t value = 0;
+  for (const char c : reference.View().substr(1)) {
+    value *= 16;
+    if (c >= '0' && c <= '9') value += static_cast<std::uint32_t>(c - '0');
+    if (c >= 'a' && c <= 'f') value += static_cast<std::uint32_t>(c - 'a' + 10);
+  }
+  return static_cast<char16_t>(value);
+}
+
+// Where a character comes next, for searches that only go forward: one that is not found is looked
+// for once.
+class CNextPosition {
+ public:
+  CNextPosition(std::string_view text, char wanted) : text_(text), wanted_(wanted) {}
+
+  std::size_t From(std::size_t begin) {
+    if (begin > found_ || !searched_) {
+      found_ = text_.find(wanted_, begin);
+      searched_ = true;
+    }
+    return found_;
+  }
+
+ private:
+  const std::string_view text_;
+  const char wanted_;
+  std::size_t found_ = 0;
+  bool searched_ = false;
+};
+
+void AppendReference(std::string_view raw, MSTR& result) {
+  const MSTR reference = Lowered(raw);
+  bool used_default = false;
+  result += platform::WideCharToMultiByte(ReferencedUnit(reference), '.', used_default);
+  if (used_default) {
+    MLog.Log("ReParse() Error: Used default character for &#%s;.", reference.Text());
+  }
+}
+
+void AppendTag(std::string_view raw, MSTR& result) {
+  const MSTR tag = Lowered(raw);
+  if (tag.View().substr(0, 2) == "br") {
+    result += '\n';
+  } else {
+    MLog.Log("ReParse() - Warning: Unsupported tag in data: \"&lt;%s&gt;\".", tag.Text());
+  }
+}
+
+}  // namespace
+
+MSTR ReParse(const MSTR& text) {
+  const std::string_view view = text.View();
+  constexpr auto kNone = std::string_view::npos;
+  constexpr std::string_view kStops = "&<";
+  CNextPosition semicolon(view, ';');
+  CNextPosition bracket(view, '>');
+  MSTR result;
+  std::size_t copied = 0;  // everything before has been dealt with
+  for (std::size_t at = view.find_first_of(kStops); at != kNone;
+       at = view.find_first_of(kStops, at)) {
+    if (view[at] == '&' && view.substr(at + 1, 1) == "#") {
+      result += view.substr(copied, at - copied);
+      const std::size_t end = semicolon.From(at + 2);
+      if (end != kNone) AppendReference(view.substr(at + 2, end - at - 2), result);
+      copied = end != kNone ? end + 1 : at + 1;
+      at = copied;
+    } else if (const std::size_t end = bracket.From(at + 1); view[at] == '<' && end != kNone) {
+      result += view.substr(copied, at - copied);
+      AppendTag(view.substr(at + 1, end - at - 1), result);
+      copied = end + 1;
+      at = copied;
+    } else {
+      ++at;
+    }
+  }
+  if (copied == 0) return text;
+  result += view.substr(copied);
+  return result;
+}
+
+bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator* progress) {
+  CSimpleXMLReader reader;
+  if (!OpenListings(reader, file_name, status)) return GetStationCount() > 0;
+  AnnounceRange(reader, progress);
+  CSafeNode root;
+  const std::uint32_t began = platform::GetTickCount();
+  if (ReadListingsRoot(reader, root, "tv")) {
+    CSafeNode node;
+    const bool complete = ForEachWholeChild(reader, root.name, node, status, [&] {
+      if (node.name == "channel") {
+        ImportChannel(node);
+      } else if (node.name == "programme") {
+        ImportProgramme(node);
+      }
+    });
+    if (!complete) return false;
+  }
+  return FinishImport(*this, reader, file_name, began, status, progress);
+}
+
+bool CXMLTVData::ImportChannel(MXML::NODE& node) {
+  auto station = std::make_unique<CStation>();
+  station->ReadStationFields(node, Kind());
+  return AddStation(station);
+}
+
+bool CXMLTVData::ImportProgramme(MXML::NODE& node) {
+  CStation* const station = FindStation(node.GetAttribute("channel").View());
+  if (station == nullptr) return false;
+  auto item = std::make_unique<CScheduleItem>();
+  auto program = std::make_unique<CProgram>();
+  ReadElements(kProgrammeElements, "", node, *item, *program);
+  program->key = ProgramKey(*program);
+  item->program = FindOrAddProgram(*this, std::move(program));
+  item->program_key = item->program->key;
+  item->start = ParseTime(TimeLayout::kDigits, node.GetAttribute("start"));
+  item->end = EndAfter(item->start, ParseTime(TimeLayout::kDigits, node.GetAttribute("stop")));
+  return station->Insert(item);
+}

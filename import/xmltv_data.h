@@ -1,0 +1,24 @@
+// The store of XMLTV listings.
+//
+// A file's root is `tv`; its `channel` elements become stations and its `programme` elements
+// programmes and broadcasts, each behind the channel that it refers to.
+#pragma once
+
+#include "schedule/provider_data.h"
+
+class CXMLTVData final : public CProviderData {
+ public:
+  CXMLTVData() : CProviderData(ProviderKind::kXMLTV) {}
+
+  [[nodiscard]] bool ImportXML(const ORVANE::MSTR& file_name, ORVANE::MSTR& status,
+                               CProgressIndicator* progress) override;
+
+ private:
+  // File one element, whose texts move into the records; false when it was dropped.
+  bool ImportChannel(ORVANE::MXML::NODE& node);
+  bool ImportProgramme(ORVANE::MXML::NODE& node);
+};
+
+// A description with the numeric references and line-break tags resolved that its file has escaped
+// once more: "It&#8217;s<br>so" gets the system code page's apostrophe and a line feed.
+ORVANE::MSTR ReParse(const ORVANE::MSTR& text);

@@ -1,0 +1,112 @@
+// A growable array of pointers on the general-purpose heap.
+//
+// Ownership: the array owns its storage, not what the entries point to.
+// Errors: an array that cannot grow throws MBADALLOC and stays as it was.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+#include "host/mstr.h"
+
+// Invariants:
+// 1. 0 <= count <= capacity; the storage has room for `front_` entries before the first one and
+//    for `capacity_` from it on.
+// 2. Every entry of the storage that is not in use is null. Large storage comes from the system as
+//    untouched zero pages, so that a table of a million empty entries costs next to no memory.
+template <typename T>
+class CPointerArray {
+ public:
+  explicit CPointerArray(std::int32_t grow_by = 16) : grow_by_(grow_by) {}
+  CPointerArray(const CPointerArray&) = delete;
+  CPointerArray& operator=(const CPointerArray&) = delete;
+  ~CPointerArray() { std::free(storage_); }
+
+  std::int32_t Count() const { return count_; }
+  std::int32_t Capacity() const { return capacity_; }
+  bool IsEmpty() const { return count_ == 0; }
+
+  // REQUIRES: 0 <= index < Count().
+  T*& operator[](std::int32_t index) { return begin()[index]; }
+  T* operator[](std::int32_t index) const { return begin()[index]; }
+
+  T** begin() { return storage_ + front_; }
+  T** end() { return begin() + count_; }
+  T* const* begin() const { return storage_ + front_; }
+  T* const* end() const { return begin() + count_; }
+
+  // New entries are null. A size of 0 frees the storage; beyond the capacity it grows to `size` and
+  // the grow-by entries more.
+  void SetSize(std::int32_t size) {
+    if (size == 0) {
+      std::free(storage_);
+      storage_ = nullptr;
+      count_ = capacity_ = front_ = 0;
+      return;
+    }
+    if (size > capacity_) Grow(0, static_cast<std::int64_t>(size) + grow_by_);
+    if (size < count_) std::fill(begin() + size, end(), nullptr);
+    count_ = size;
+  }
+
+  void Append(T* entry) {
+    SetSize(count_ + 1);
+    (*this)[count_ - 1] = entry;
+  }
+
+  // Moves every entry up by `added` positions and puts null entries before them, in one step. Room
+  // in front grows with the array, so that many small additions cost no more than their sum.
+  void AddFront(std::int64_t added) {
+    if (added > front_) {
+      const std::int64_t spare = std::max<std::int64_t>(grow_by_, count_ / 2);
+      Grow(added - front_ + spare, capacity_);
+    }
+    const auto taken = static_cast<std::int32_t>(added);
+    front_ -= taken;
+    capacity_ += taken;
+    count_ += taken;
+  }
+
+  // Drops the entries and keeps the storage.
+  void Clear() {
+    std::fill(begin(), end(), nullptr);
+    count_ = 0;
+  }
+
+ private:
+  // Beyond so many entries at once, a fresh zeroed block is asked for and only entries that are
+  // set are copied, so that neither block's empty pages become real memory.
+  static constexpr std::int64_t kManyEntries = 64 * 1024;
+
+  void Grow(std::int64_t more_front, std::int64_t capacity) {
+    const std::int64_t front = front_ + more_front;
+    const std::int64_t total = front + capacity;
+    const std::int64_t old_total = static_cast<std::int64_t>(front_) + capacity_;
+    if (total > std::numeric_limits<std::int32_t>::max()) throw ORVANE::MBADALLOC();
+    T** grown = nullptr;
+    if (more_front == 0 && total - old_total < kManyEntries) {
+      grown = static_cast<T**>(
+          std::realloc(static_cast<void*>(storage_), static_cast<std::size_t>(total) * sizeof(T*)));
+      if (grown == nullptr) throw ORVANE::MBADALLOC();
+      std::fill(grown + old_total, grown + total, nullptr);
+    } else {
+      grown = static_cast<T**>(std::calloc(static_cast<std::size_t>(total), sizeof(T*)));
+      if (grown == nullptr) throw ORVANE::MBADALLOC();
+      for (std::int32_t i = 0; i < count_; ++i) {
+        if ((*this)[i] != nullptr) grown[front + i] = (*this)[i];
+      }
+      std::free(static_cast<void*>(storage_));
+    }
+    storage_ = grown;
+    front_ = static_cast<std::int32_t>(front);
+    capacity_ = static_cast<std::int32_t>(capacity);
+  }
+
+  std::int32_t count_ = 0;
+  std::int32_t capacity_ = 0;
+  const std::int32_t grow_by_;
+  T** storage_ = nullptr;  // Owned.
+  std::int32_t front_ = 0;
+};

@@ -1,0 +1,71 @@
+#include "schedule/provider_data.h"
+
+#include <algorithm>
+
+using ORVANE::MSTR;
+
+bool CProviderData::ImportXML(const MSTR& /*file_name*/, MSTR& status,
+                              CProgressIndicator* /*progress*/) {
+  status = "CProviderData::ImportXML() - This function does nothing in the base class.";
+  return false;
+}
+
+void CProviderData::Clear() {
+  base_time_text = MSTR();
+  provider_id = MSTR();
+  // Items refer to programmes, so stations go first.
+  station_map_.clear();
+  program_map_.clear();
+  stations_.Clear();
+}
+
+CStation* CProviderData::FindStation(std::string_view key) const {
+  const auto found = station_map_.find(key);
+  return found != station_map_.end() ? found->second.get() : nullptr;
+}
+
+const CProgram* CProviderData::FindProgram(std::string_view key) const {
+  const auto found = program_map_.find(key);
+  return found != program_map_.end() ? found->second.get() : nullptr;
+}
+
+bool CProviderData::AddStation(std::unique_ptr<CStation>& station) {
+  if (FindStation(station->key.View()) != nullptr) return false;
+  CStation* const added = station.get();
+  stations_.Append(added);
+  try {
+    station_map_.try_emplace(added->key.View(), std::move(station));
+  } catch (...) {
+    stations_.SetSize(stations_.Count() - 1);
+    throw;
+  }
+  return true;
+}
+
+bool CProviderData::AddProgram(std::unique_ptr<CProgram>& program) {
+  return program_map_.try_emplace(program->key.View(), std::move(program)).second;
+}
+
+MSTR CProviderData::GetStatistics() const {
+  std::int32_t items = 0;
+  for (const CStation* const station : stations_) items += station->CountItems();
+  MSTR text;
+  text.Format("Stations: %i   Programmes: %i   Schedule Items: %i", stations_.Count(),
+              static_cast<int>(program_map_.size()), items);
+  return text;
+}
+
+CStation* CProviderData::GetStation(std::int32_t index) const {
+  return index >= 0 && index < stations_.Count() ? stations_[index] : nullptr;
+}
+
+void CProviderData::GetTimeRange(std::int32_t& start, std::int32_t& end) const {
+  bool any = false;
+  for (const CStation* const station : stations_) {
+    if (station->FirstItem() == nullptr) continue;
+    const std::int32_t first = station->FirstItem()->start;
+    start = any ? std::min(start, first) : first;
+    end = any ? std::max(end, station->ScheduleEnd()) : station->ScheduleEnd();
+    any = true;
+  }
+}

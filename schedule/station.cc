@@ -1,0 +1,119 @@
+#include "schedule/station.h"
+
+#include <algorithm>
+#include <utility>
+
+using ORVANE::MSTR;
+
+CStation::~CStation() {
+  while (first_item_ != nullptr) delete std::exchange(first_item_, first_item_->next);
+}
+
+bool CStation::Insert(std::unique_ptr<CScheduleItem>& item) {
+  if (first_item_ == nullptr) {
+    InsertFirst(item.get());
+  } else if (item->start < first_item_->start) {
+    InsertBefore(item.get());
+  } else {
+    const auto bucket = static_cast<std::int32_t>(BucketOf(item->start));
+    CScheduleItem* const before = FindPredecessor(*item, bucket);
+    if (before->start == item->start) return false;
+    if (buckets_.Count() <= bucket) buckets_.SetSize(bucket + 1);
+    CScheduleItem*& earliest = buckets_[bucket];
+    if (earliest == nullptr || item->start < earliest->start) earliest = item.get();
+
+    item->next = before->next;
+    item->previous = before;
+    (item->next != nullptr ? item->next->previous : last_item_) = item.get();
+    before->next = item.get();
+  }
+  ++item_count_;
+  schedule_end_ = std::max(schedule_end_, item->end);
+  item.release();
+  return true;
+}
+
+void CStation::InsertFirst(CScheduleItem* item) {
+  buckets_.Append(item);
+  first_item_ = last_item_ = item;
+  index_base_ = item->start;
+  schedule_end_ = item->end;
+}
+
+void CStation::InsertBefore(CScheduleItem* item) {
+  if (item->start < index_base_) {
+    const std::int64_t distance = index_base_ - item->start;
+    const std::int64_t added = (distance + kBucketMinutes - 1) / kBucketMinutes;
+    buckets_.AddFront(added);
+    index_base_ -= added * kBucketMinutes;
+  }
+  buckets_[0] = item;
+  item->next = first_item_;
+  first_item_->previous = item;
+  first_item_ = item;
+}
+
+// The last item that starts no later than `item`. REQUIRES: there is one.
+CScheduleItem* CStation::FindPredecessor(const CScheduleItem& item, std::int32_t bucket) const {
+  if (item.start >= last_item_->start) return last_item_;
+  CScheduleItem* at = buckets_[bucket];
+  if (at == nullptr) return LastItemBelow(bucket);
+  if (item.start < at->start) return at->previous;
+  while (at->next != nullptr && at->next->start <= item.start) at = at->next;
+  return at;
+}
+
+// The last item that starts below an empty bucket. REQUIRES: there is one.
+//
+// Looks down and up at the same time, so that filling a long gap from either end, or from its
+// middle, never walks the whole of it again and again.
+CScheduleItem* CStation::LastItemBelow(std::int32_t bucket) const {
+  for (std::int32_t down = bucket - 1, up = bucket + 1;; --down, ++up) {
+    if (up >= buckets_.Count()) return last_item_;
+    if (buckets_[up] != nullptr) return buckets_[up]->previous;
+    if (CScheduleItem* at = buckets_[down]; at != nullptr) {
+      while (at->next != nullptr && BucketOf(at->next->start) == down) at = at->next;
+      return at;
+    }
+  }
+}
+
+void CStation::BuildProgramIndex() {
+  std::int32_t position = program_index_.Count();
+  program_index_.SetSize(position + item_count_);
+  for (CScheduleItem* item = first_item_; item != nullptr; item = item->next) {
+    program_index_[position++] = item;
+  }
+}
+
+MSTR CStation::GetLabel() const {
+  if (network.IsEmpty()) return call_sign;
+  MSTR label = network;
+  label += '/';
+  label += call_sign;
+  return label;
+}
+
+const CScheduleItem* CStation::GetProgram(std::int32_t index) const {
+  return index >= 0 && index < program_index_.Count() ? program_index_[index] : nullptr;
+}
+
+const CScheduleItem* CStation::EarliestAtOrBelow(std::int32_t bucket) const {
+  if (buckets_[bucket] != nullptr) return buckets_[bucket];
+  return buckets_[static_cast<std::int32_t>(BucketOf(LastItemBelow(bucket)->start))];
+}
+
+const CScheduleItem* CStation::FindFirstProgram(std::int32_t from, std::int32_t to) const {
+  if (first_item_ == nullptr || to <= first_item_->start || from >= schedule_end_) return nullptr;
+  const std::int64_t last_bucket = buckets_.Count() - 1;
+  const auto bucket = std::clamp<std::int64_t>(BucketOf(from), 0, last_bucket);
+  const CScheduleItem* item = EarliestAtOrBelow(static_cast<std::int32_t>(bucket));
+  if (item->previous != nullptr && item->previous->end > from) return item->previous;
+  while (item != nullptr && item->end <= from) item = item->next;
+  return item != nullptr && item->start < to ? item : nullptr;
+}
+
+std::int32_t CStation::IndexOf(const CScheduleItem& item) const {
+  return static_cast<std::int32_t>(std::find(program_index_.begin(), program_index_.end(), &item) -
+                                   program_index_.begin());
+}
