@@ -1,8 +1,8 @@
 // A place for one shared reference that several threads read and replace.
 //
 // A flag guards the few instructions that copy the reference. (The library's own atomic shared
-// pointer does the same, but in the releases that we build with its load gives the flag back without
-// ordering the read before the next write.)
+// pointer does the same, but in the releases that we build with its load gives the flag back
+// without ordering the read before the next write.)
 #pragma once
 
 #include <atomic>

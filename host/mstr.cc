@@ -13,8 +13,8 @@ char* MSTR::Allocate(std::size_t capacity, std::size_t kept) const {
   if (capacity > kMaxLength) throw MBADALLOC();
   void* const block = std::malloc(sizeof(HEADER) + capacity + 1);
   if (block == nullptr) throw MBADALLOC();
-  auto* const header = ::new (block)
-      HEADER{static_cast<std::uint32_t>(kept), static_cast<std::uint32_t>(capacity)};
+  auto* const header =
+      ::new (block) HEADER{static_cast<std::uint32_t>(kept), static_cast<std::uint32_t>(capacity)};
   auto* const text = reinterpret_cast<char*>(header + 1);
   std::memcpy(text, text_, kept);
   text[kept] = '\0';

@@ -15,7 +15,8 @@ constexpr int kFileWindow = 64 * 1024;
 }
 
 bool MBUFFER::Open(int size) {
-  window_.reset(size > kLookBack ? new (std::nothrow) char[static_cast<std::size_t>(size)] : nullptr);
+  window_.reset(size > kLookBack ? new (std::nothrow) char[static_cast<std::size_t>(size)]
+                                 : nullptr);
   size_ = window_ != nullptr ? size : 0;
   Forget(0);
   return window_ != nullptr;

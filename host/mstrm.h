@@ -77,9 +77,9 @@ class ORVANE_API MBUFFER {
 
   std::unique_ptr<char[]> window_;
   int size_ = 0;
-  const char* next_ = nullptr;   // the next byte to read
-  const char* limit_ = nullptr;  // behind the last byte held
-  const char* first_ = nullptr;  // the first byte held
+  const char* next_ = nullptr;       // the next byte to read
+  const char* limit_ = nullptr;      // behind the last byte held
+  const char* first_ = nullptr;      // the first byte held
   std::int64_t limit_position_ = 0;  // the medium's offset at `limit_`
 };
 

@@ -70,10 +70,14 @@ bool CRTData::ImportProgramme(MXML::NODE& node) {
     const char* name;
     MSTR& target;
   } fields[] = {
-      {"ChannelName", item->station_key},      {"Title", program->title},
-      {"Episode", program->episode_title},     {"Genre", program->genre},
-      {"Description", program->description},   {"Date", date},
-      {"StartTime", start_time},               {"EndTime", end_time},
+      {"ChannelName", item->station_key},
+      {"Title", program->title},
+      {"Episode", program->episode_title},
+      {"Genre", program->genre},
+      {"Description", program->description},
+      {"Date", date},
+      {"StartTime", start_time},
+      {"EndTime", end_time},
   };
   for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
     if (child->name == "Film") program->show_type = "Feature Film";

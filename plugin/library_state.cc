@@ -10,16 +10,16 @@ CInstancePool instance_pool;
 
 ORVANE::MREFOBJREF module_holder;
 
-const ORVANE::MOBJ::SREC CEPGBrowser::_Record("CEPGBrowser", []() -> ORVANE::MOBJ* {
-  return new CEPGBrowser;
-});
+const ORVANE::MOBJ::SREC CEPGBrowser::_Record("CEPGBrowser",
+                                              []() -> ORVANE::MOBJ* { return new CEPGBrowser; });
 
-const ORVANE::MOBJ::SREC CEPGBrowser::MSS::_Record("CEPGBrowser::MSS", []() -> ORVANE::MOBJ* {
-  return Take();
-});
+const ORVANE::MOBJ::SREC CEPGBrowser::MSS::_Record("CEPGBrowser::MSS",
+                                                   []() -> ORVANE::MOBJ* { return Take(); });
 
-const ORVANE::MOBJ::SREC CEPGBrowser::CREATEPARAMS::_Record(
-    "CEPGBrowser::CREATEPARAMS", []() -> ORVANE::MOBJ* { return new CREATEPARAMS; });
+const ORVANE::MOBJ::SREC CEPGBrowser::CREATEPARAMS::_Record("CEPGBrowser::CREATEPARAMS",
+                                                            []() -> ORVANE::MOBJ* {
+                                                              return new CREATEPARAMS;
+                                                            });
 
 FieldTable field_table;
 

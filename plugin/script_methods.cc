@@ -73,13 +73,9 @@ std::pair<std::int32_t, std::int32_t> TimeRange(CScriptCall& call) {
   return range;
 }
 
-bool GetStartTime(CScriptCall& call) {
-  return call.Push(TimeRange(call).first);
-}
+bool GetStartTime(CScriptCall& call) { return call.Push(TimeRange(call).first); }
 
-bool GetEndTime(CScriptCall& call) {
-  return call.Push(TimeRange(call).second);
-}
+bool GetEndTime(CScriptCall& call) { return call.Push(TimeRange(call).second); }
 
 bool ConvertLocalTime2String(CScriptCall& call) {
   std::int32_t time = 0;

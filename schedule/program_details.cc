@@ -193,8 +193,7 @@ class CExpansion {
       argument_end = std::min(ClosingOf(at_, end), end);
       at_ = std::min(argument_end + 1, end);
     }
-    const std::string_view argument =
-        text_.substr(argument_begin, argument_end - argument_begin);
+    const std::string_view argument = text_.substr(argument_begin, argument_end - argument_begin);
     if (name.empty()) {
       if (levels_.back().preceding_text) result_ += argument;
       return;
@@ -285,7 +284,7 @@ class CExpansion {
   const std::string_view text_;
   std::size_t at_ = 0;
   std::vector<Level> levels_;
-  bool in_argument_ = false;  // a template in an argument has been met
+  bool in_argument_ = false;           // a template in an argument has been met
   std::vector<std::size_t> closings_;  // by position; empty until then
   MSTR result_;
 };

@@ -18,16 +18,16 @@ struct CScheduleItem {
   ORVANE::MSTR program_key;
   ORVANE::MSTR station_key;
   // Markers are set when they begin with 'Y'; the others are texts of their source.
-  ORVANE::MSTR hd;            // marker
-  ORVANE::MSTR stereo;        // marker
-  ORVANE::MSTR subtitle;      // marker: closed captions
+  ORVANE::MSTR hd;        // marker
+  ORVANE::MSTR stereo;    // marker
+  ORVANE::MSTR subtitle;  // marker: closed captions
   ORVANE::MSTR rating_tv;
   ORVANE::MSTR rating_fv;
   ORVANE::MSTR rating_other;
-  ORVANE::MSTR repeat;        // marker, or another code of the source
+  ORVANE::MSTR repeat;  // marker, or another code of the source
   ORVANE::MSTR aspect;
   ORVANE::MSTR subtitles;
-  ORVANE::MSTR new_marker;    // marker
+  ORVANE::MSTR new_marker;  // marker
   ORVANE::MSTR premiere;
 
   // Empty when there is no programme. The view lives as long as the schedule.

@@ -1,0 +1,94 @@
+#include "tests/support/test_support.h"
+
+#include <stdlib.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/services.h"
+#include "schedule/time_value.h"
+
+namespace epg_test {
+
+TempFile::TempFile(std::string_view content, const std::string& name) {
+  folder_ = (std::filesystem::temp_directory_path() / "epg-test-XXXXXX").string();
+  if (::mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  path_ = folder_ + '/' + name;
+  Write(content);
+}
+
+TempFile::~TempFile() {
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+void TempFile::Write(std::string_view content) const {
+  std::ofstream file(path_, std::ios::binary | std::ios::trunc);
+  file.write(content.data(), static_cast<std::streamsize>(content.size()));
+  if (!file.flush()) throw std::runtime_error("cannot write " + path_);
+}
+
+LogCapture::LogCapture() {
+  ORVANE::MLog.SetSink([this](ORVANE::MLOG::TYPE type, std::string_view text) {
+    static constexpr const char* kPrefixes[] = {"log: ", "notice: ", "error: ", "at: "};
+    const std::lock_guard lock(mutex_);
+    entries_.push_back(kPrefixes[type] + std::string(text));
+  });
+}
+
+LogCapture::~LogCapture() { ORVANE::MLog.SetSink({}); }
+
+std::vector<std::string> LogCapture::Take() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(entries_, {});
+}
+
+namespace {
+std::atomic<platform::FileTime> fake_clock;
+std::atomic<int> fake_zone;
+std::atomic<std::uint32_t> fake_ticks;
+std::atomic<std::uint32_t> ticks_per_reading;
+std::mutex boxes_mutex;
+std::vector<std::string> boxes;
+}  // namespace
+
+FakePlatform::FakePlatform() {
+  platform::overrides.message_box = [](const char* text, const char* caption, unsigned /*style*/) {
+    const std::lock_guard lock(boxes_mutex);
+    boxes.push_back(std::string("[") + caption + "] " + text);
+  };
+}
+
+FakePlatform::~FakePlatform() {
+  platform::overrides = {};
+  TakeMessageBoxes();
+}
+
+void FakePlatform::SetClock(std::int32_t minutes) {
+  fake_clock = minutes * platform::kTicksPerMinute;
+  platform::overrides.clock = [] { return fake_clock.load(); };
+}
+
+void FakePlatform::SetZone(int minutes_east) {
+  fake_zone = minutes_east;
+  platform::overrides.zone_minutes = [] { return fake_zone.load(); };
+}
+
+void FakePlatform::SetTicksPerReading(std::uint32_t milliseconds) {
+  ticks_per_reading = milliseconds;
+  platform::overrides.tick_count = [] { return fake_ticks += ticks_per_reading; };
+}
+
+std::vector<std::string> FakePlatform::TakeMessageBoxes() {
+  const std::lock_guard lock(boxes_mutex);
+  return std::exchange(boxes, {});
+}
+
+std::int32_t At(std::string_view date_and_time) {
+  return ParseTime(TimeLayout::kYearFirst, ORVANE::MSTR(date_and_time));
+}
+
+}  // namespace epg_test
