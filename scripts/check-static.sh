@@ -1,0 +1,8 @@
+#!/bin/sh
+# Runs the static analysis of .clang-tidy over the product's sources, in the release-clang build.
+set -eu
+cd "$(dirname "$0")/.."
+echo "== static analysis"
+cmake --preset release-clang >/dev/null
+scripts/sources.sh host platform xml schedule import browser plugin app | grep '\.cc$' |
+  xargs -P "$(nproc)" -n 2 clang-tidy -p build/release-clang --quiet

@@ -1,0 +1,52 @@
+#!/bin/sh
+# Makes sure that the commands and libraries named on the command line are there: as root, or where
+# sudo asks for no password, by installing their Debian packages; otherwise by saying what is missing.
+#
+#   scripts/setup.sh build     what building and running needs
+#   scripts/setup.sh test      and the tests
+#   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
+set -eu
+
+packages="g++ cmake ninja-build"
+case "${1:-build}" in
+  build) ;;
+  test) packages="$packages libgtest-dev libgmock-dev" ;;
+  check) packages="$packages libgtest-dev libgmock-dev clang clang-format clang-tidy" ;;
+  *) echo "usage: $0 [build | test | check]" >&2; exit 2 ;;
+esac
+
+command_of() {
+  case "$1" in
+    ninja-build) echo ninja ;;
+    *) echo "$1" ;;
+  esac
+}
+
+missing=""
+for package in $packages; do
+  case "$package" in
+    libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || missing="$missing $package" ;;
+    libgmock-dev) [ -e /usr/include/gmock/gmock.h ] || missing="$missing $package" ;;
+    *) command -v "$(command_of "$package")" >/dev/null 2>&1 || missing="$missing $package" ;;
+  esac
+done
+[ -n "$missing" ] || exit 0
+
+as_root=""
+if [ "$(id -u)" -ne 0 ]; then
+  if command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
+    as_root="sudo -n"
+  else
+    as_root=none
+  fi
+fi
+if [ "$as_root" = none ] || ! command -v apt-get >/dev/null 2>&1; then
+  echo "These Debian packages (or what they stand for on your system) are missing:$missing" >&2
+  echo "Install them and try again; as root this script does it by itself." >&2
+  exit 1
+fi
+echo "Installing:$missing" >&2
+export DEBIAN_FRONTEND=noninteractive
+$as_root apt-get update -q >&2
+# shellcheck disable=SC2086  # a list of words
+$as_root apt-get install -y -q --no-install-recommends $missing >&2

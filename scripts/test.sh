@@ -1,0 +1,36 @@
+#!/bin/sh
+# Builds the tests and runs them all.
+#
+#   scripts/test.sh          the release build
+#   scripts/test.sh --all    with both compilers and under the sanitizers, and the checks of
+#                            formatting and static analysis: what continuous integration runs
+set -eu
+cd "$(dirname "$0")/.."
+
+build_and_test() {
+  echo "== $1"
+  cmake --preset "$1" -DEPG_TESTS=ON >/dev/null
+  cmake --build --preset "$1"
+  ctest --preset "$1" -j "$(nproc)"
+}
+
+case "${1:-}" in
+  "")
+    scripts/setup.sh test
+    build_and_test release
+    ;;
+  --all)
+    scripts/setup.sh check
+    scripts/check-format.sh
+    build_and_test release
+    build_and_test release-clang
+    build_and_test asan
+    build_and_test tsan
+    scripts/check-static.sh
+    ;;
+  *)
+    echo "usage: $0 [--all]" >&2
+    exit 2
+    ;;
+esac
+echo "All passed."
