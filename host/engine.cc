@@ -43,7 +43,7 @@ ENTITYPTR CreateEntity(const char* class_name) {
   std::unique_ptr<MOBJ, RELEASE> object(record->Create());
   auto* const entity = dynamic_cast<ENTITY*>(object.get());
   if (entity == nullptr) return nullptr;
-  object.release();
+  static_cast<void>(object.release());  // the same object, by its other type
   return ENTITYPTR(entity);
 }
 

@@ -34,7 +34,6 @@ class ORVANE_API MREFOBJREF {
     object_ = object;
     return *this;
   }
-  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the new reference is taken first.
   MREFOBJREF& operator=(const MREFOBJREF& other) { return *this = other.object_; }
 
   MREFOBJ* Get() const { return object_; }

@@ -35,8 +35,8 @@ bool ToFileTime(const SystemTime& t, FileTime& time) {
     return false;
   }
   const std::int64_t days = DaysToYear(t.year) + DaysBefore(t.year, t.month) + t.day - 1;
-  const std::int64_t seconds = t.hour * 3600 + t.minute * 60 + t.second;
-  time = days * kTicksPerDay + seconds * 10'000'000 + t.milliseconds * 10'000;
+  const std::int64_t seconds = (t.hour * 60 + t.minute) * 60 + t.second;
+  time = days * kTicksPerDay + seconds * 10'000'000 + t.milliseconds * std::int64_t{10'000};
   return true;
 }
 

@@ -78,7 +78,7 @@ class CPointerArray {
  private:
   // Beyond so many entries at once, a fresh zeroed block is asked for and only entries that are
   // set are copied, so that neither block's empty pages become real memory.
-  static constexpr std::int64_t kManyEntries = 64 * 1024;
+  static constexpr std::int64_t kManyEntries = 65536;
 
   void Grow(std::int64_t more_front, std::int64_t capacity) {
     const std::int64_t front = front_ + more_front;

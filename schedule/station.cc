@@ -29,7 +29,7 @@ bool CStation::Insert(std::unique_ptr<CScheduleItem>& item) {
   }
   ++item_count_;
   schedule_end_ = std::max(schedule_end_, item->end);
-  item.release();
+  static_cast<void>(item.release());  // the list owns it now
   return true;
 }
 
