@@ -1,9 +1,7 @@
 #include "import/import_driver.h"
 
-#include <algorithm>
-#include <string_view>
-
 #include "host/mlog.h"
+#include "import/dm_data.h"
 #include "import/listings_import.h"
 #include "import/rt_data.h"
 #include "import/xmltv_data.h"
@@ -14,13 +12,6 @@ using ORVANE::MSTR;
 
 namespace {
 
-bool EqualIgnoringCase(const MSTR& a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; };
-  const std::string_view view = a.View();
-  return std::equal(view.begin(), view.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
-}
-
 // What one import is given.
 struct Request {
   const MSTR& file_name;
@@ -28,36 +19,66 @@ struct Request {
   CProgressIndicator* progress;
 };
 
+using Importer = bool (CProviderData::*)(const MSTR& file_name, MSTR& status,
+                                         CProgressIndicator* progress);
+
 // Has the store read the file. A failure's own text goes to the log, behind `punctuation`; the
 // user gets a general one.
-std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, const Request& request,
-                                      char punctuation) {
-  if (store->ImportXML(request.file_name, request.status, request.progress)) return store;
+std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, Importer importer,
+                                      const Request& request, char punctuation) {
+  if (((*store).*importer)(request.file_name, request.status, request.progress)) return store;
   MLog.Log("EPG Loader: Import failed%c [%s]", punctuation,
            XmlEscape(request.status.View()).Text());
   request.status = "Can't identify content, don't know how to decode!";
   return nullptr;
 }
 
+// The store for a cache file, by the kind of provider that its data came from.
+std::shared_ptr<CProviderData> MakeStore(int epg_source) {
+  switch (static_cast<ProviderKind>(epg_source)) {
+    case ProviderKind::kTitanTV:
+      return std::make_shared<CDMData>();
+    case ProviderKind::kRadioTimes:
+      return std::make_shared<CRTData>();
+    case ProviderKind::kXMLTV:
+      return std::make_shared<CXMLTVData>();
+    default:
+      return std::make_shared<CProviderData>();
+  }
+}
+
 }  // namespace
 
 std::shared_ptr<CProviderData> ImportEPGFile(const MSTR& file_name, MSTR& status,
                                              CProgressIndicator* progress) {
-  MSTR generator;
-  {
-    CSimpleXMLReader reader;
-    if (!OpenListings(reader, file_name, status)) {
-      MLog.Log("%s", status.Text());
-      return nullptr;
-    }
-    CSafeNode root;
-    reader.ReadRoot(root);
-    generator = root.GetAttribute("generator-info-name");
+  CSimpleXMLReader reader;
+  if (!OpenListings(reader, file_name, status)) {
+    MLog.Log("%s", status.Text());
+    return nullptr;
+  }
+  CSafeNode root;
+  reader.ReadRoot(root);
+  reader.Close();
+  const MSTR name_space = root.GetAttribute("xmlns");
+  const MSTR generator = root.GetAttribute("generator-info-name");
+
+  // A root may bear the marks of several formats: the first that is asked for here decides.
+  if (EqualIgnoringCase(name_space, kMakerNamespace)) {
+    MLog.Log("EPG Loader: Importing Norvex format XML, %s.", file_name.Text());
+    return Import(MakeStore(root.GetAttributeAsInt("EPGSource", 0)), &CProviderData::LoadCacheXML,
+                  {file_name, status, progress}, '.');
+  }
+  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) {
+    MLog.Log("EPG Loader: Importing Titan TV format XML, %s.", file_name.Text());
+    return Import(std::make_shared<CDMData>(), &CProviderData::ImportXML,
+                  {file_name, status, nullptr}, '.');
   }
   if (EqualIgnoringCase(generator, "XMLTV")) {
     MLog.Log("EPG Loader: Importing XMLTV format XML, %s.", file_name.Text());
-    return Import(std::make_shared<CXMLTVData>(), {file_name, status, progress}, '.');
+    return Import(std::make_shared<CXMLTVData>(), &CProviderData::ImportXML,
+                  {file_name, status, progress}, '.');
   }
   MLog.Log("EPG Loader: Importing Radio Times format XML, %s.", file_name.Text());
-  return Import(std::make_shared<CRTData>(), {file_name, status, nullptr}, ',');
+  return Import(std::make_shared<CRTData>(), &CProviderData::ImportXML,
+                {file_name, status, nullptr}, ',');
 }

@@ -11,6 +11,13 @@
 using ORVANE::MLog;
 using ORVANE::MSTR;
 
+bool EqualIgnoringCase(const MSTR& a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; };
+  const std::string_view view = a.View();
+  return std::equal(view.begin(), view.end(), b.begin(), b.end(),
+                    [&](char x, char y) { return lower(x) == lower(y); });
+}
+
 bool OpenListings(CSimpleXMLReader& reader, const MSTR& file_name, MSTR& status) {
   if (reader.Open(file_name, true, false, true)) return true;
   status.Format("Failed to open file \"%s\".", file_name.Text());

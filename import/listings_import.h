@@ -16,6 +16,13 @@
 
 class CProgressIndicator;
 
+// The namespaces by which the cache format and TitanTV documents are known, in any letter case.
+inline constexpr std::string_view kMakerNamespace = "http://www.norvex.example";
+inline constexpr std::string_view kTitanTVNamespace = "http://www.titantv.com/services/dataservice";
+
+// Compares ASCII letters without regard to their case, all other bytes exactly.
+bool EqualIgnoringCase(const ORVANE::MSTR& a, std::string_view b);
+
 // Opens a listings file. False: it cannot be opened, and `status` says so.
 [[nodiscard]] bool OpenListings(CSimpleXMLReader& reader, const ORVANE::MSTR& file_name,
                                 ORVANE::MSTR& status);

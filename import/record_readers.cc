@@ -1,7 +1,9 @@
 // The operations of the schedule's records that fill them from listing elements, in the three ways
 // in which formats name the values: TitanTV's element names, XMLTV's (channels only), and numbers.
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 #include "schedule/program.h"
@@ -14,10 +16,12 @@ using ORVANE::MXML;
 
 namespace {
 
-// A field of a record with its child element's name in the TitanTV dialect; null where that lacks
-// it. In the numbered dialect a field's number is its position in the table, from 1.
+// A field of a record: its number in the numbered dialect and its child element's name in the
+// TitanTV dialect; 0 or null where a dialect lacks it. In the tables below, a field with a number
+// stands at that position, from 1.
 template <typename Record>
 struct Field {
+  std::int32_t number;
   const char* titan_name;
   void (*assign)(Record& record, MSTR& text, std::int32_t base_time);
 };
@@ -40,54 +44,50 @@ void AssignTime(Record& record, MSTR& text, std::int32_t base_time) {
 }
 
 constexpr Field<CStation> kStationFields[] = {
-    {"station_id", AssignText<CStation, &CStation::key>},
-    {"network", AssignText<CStation, &CStation::network>},
-    {"call_sign", AssignText<CStation, &CStation::call_sign>},
-    {"rf_channel", AssignNumber<CStation, &CStation::rf_channel>},
-    {nullptr, AssignNumber<CStation, &CStation::second_channel>},
-    {nullptr, AssignNumber<CStation, &CStation::third_channel>},
+    {1, "station_id", AssignText<CStation, &CStation::key>},
+    {2, "network", AssignText<CStation, &CStation::network>},
+    {3, "call_sign", AssignText<CStation, &CStation::call_sign>},
+    {4, "rf_channel", AssignNumber<CStation, &CStation::rf_channel>},
+    {5, nullptr, AssignNumber<CStation, &CStation::second_channel>},
+    {6, nullptr, AssignNumber<CStation, &CStation::third_channel>},
 };
 
 constexpr Field<CProgram> kProgramFields[] = {
-    {"program_id", AssignText<CProgram, &CProgram::key>},
-    {"title", AssignText<CProgram, &CProgram::title>},
-    {"episode_title", AssignText<CProgram, &CProgram::episode_title>},
-    {"description", AssignText<CProgram, &CProgram::description>},
-    {"genre", AssignText<CProgram, &CProgram::genre>},
-    {"show_type", AssignText<CProgram, &CProgram::show_type>},
-    {"director", AssignText<CProgram, &CProgram::director>},
-    {nullptr, AssignText<CProgram, &CProgram::actors>},
-    {nullptr, AssignText<CProgram, &CProgram::publish_date>},
-    {"language", AssignText<CProgram, &CProgram::language>},
-    {nullptr, AssignText<CProgram, &CProgram::rating_bbfc>},
-    {nullptr, AssignText<CProgram, &CProgram::star_rating>},
-    {nullptr, AssignText<CProgram, &CProgram::black_and_white>},
+    {1, "program_id", AssignText<CProgram, &CProgram::key>},
+    {2, "title", AssignText<CProgram, &CProgram::title>},
+    {3, "episode_title", AssignText<CProgram, &CProgram::episode_title>},
+    {4, "description", AssignText<CProgram, &CProgram::description>},
+    {5, "genre", AssignText<CProgram, &CProgram::genre>},
+    {6, "show_type", AssignText<CProgram, &CProgram::show_type>},
+    {7, "director", AssignText<CProgram, &CProgram::director>},
+    {8, nullptr, AssignText<CProgram, &CProgram::actors>},
+    {9, nullptr, AssignText<CProgram, &CProgram::publish_date>},
+    {10, "language", AssignText<CProgram, &CProgram::language>},
+    {11, nullptr, AssignText<CProgram, &CProgram::rating_bbfc>},
+    {12, nullptr, AssignText<CProgram, &CProgram::star_rating>},
+    {13, nullptr, AssignText<CProgram, &CProgram::black_and_white>},
 };
 
 constexpr Field<CScheduleItem> kScheduleItemFields[] = {
-    {"start_time", AssignTime<CScheduleItem, &CScheduleItem::start>},
-    {"end_time", AssignTime<CScheduleItem, &CScheduleItem::end>},
-    {"program_id", AssignText<CScheduleItem, &CScheduleItem::program_key>},
-    {"hd", AssignText<CScheduleItem, &CScheduleItem::hd>},
-    {"stereo", AssignText<CScheduleItem, &CScheduleItem::stereo>},
-    {"cc", AssignText<CScheduleItem, &CScheduleItem::subtitle>},
-    {"tv_rating", AssignText<CScheduleItem, &CScheduleItem::rating_tv>},
-    {"fv_rating", AssignText<CScheduleItem, &CScheduleItem::rating_fv>},
-    {"other_rating", AssignText<CScheduleItem, &CScheduleItem::rating_other>},
-    {"repeat", AssignText<CScheduleItem, &CScheduleItem::repeat>},
-    {nullptr, AssignText<CScheduleItem, &CScheduleItem::aspect>},
-    {nullptr, AssignText<CScheduleItem, &CScheduleItem::subtitles>},
-    {nullptr, AssignText<CScheduleItem, &CScheduleItem::new_marker>},
-    {nullptr, AssignText<CScheduleItem, &CScheduleItem::premiere>},
+    {1, "start_time", AssignTime<CScheduleItem, &CScheduleItem::start>},
+    {2, "end_time", AssignTime<CScheduleItem, &CScheduleItem::end>},
+    {3, "program_id", AssignText<CScheduleItem, &CScheduleItem::program_key>},
+    {4, "hd", AssignText<CScheduleItem, &CScheduleItem::hd>},
+    {5, "stereo", AssignText<CScheduleItem, &CScheduleItem::stereo>},
+    {6, "cc", AssignText<CScheduleItem, &CScheduleItem::subtitle>},
+    {7, "tv_rating", AssignText<CScheduleItem, &CScheduleItem::rating_tv>},
+    {8, "fv_rating", AssignText<CScheduleItem, &CScheduleItem::rating_fv>},
+    {9, "other_rating", AssignText<CScheduleItem, &CScheduleItem::rating_other>},
+    {10, "repeat", AssignText<CScheduleItem, &CScheduleItem::repeat>},
+    {11, nullptr, AssignText<CScheduleItem, &CScheduleItem::aspect>},
+    {12, nullptr, AssignText<CScheduleItem, &CScheduleItem::subtitles>},
+    {13, nullptr, AssignText<CScheduleItem, &CScheduleItem::new_marker>},
+    {14, nullptr, AssignText<CScheduleItem, &CScheduleItem::premiere>},
+    {0, "station_id", AssignText<CScheduleItem, &CScheduleItem::station_key>},
 };
 
-// The one field that has a name and no number.
-constexpr Field<CScheduleItem> kTitanItemFields[] = {
-    {"station_id", AssignText<CScheduleItem, &CScheduleItem::station_key>},
-};
-
-template <typename Record, std::size_t kCount>
-const Field<Record>* FindByName(const Field<Record> (&fields)[kCount], const MSTR& name) {
+template <typename Record>
+const Field<Record>* FindByName(std::span<const Field<Record>> fields, const MSTR& name) {
   for (const Field<Record>& field : fields) {
     if (field.titan_name != nullptr && name == field.titan_name) return &field;
   }
@@ -95,16 +95,17 @@ const Field<Record>* FindByName(const Field<Record> (&fields)[kCount], const MST
 }
 
 // The number stands behind the first character of a name; a nameless node has none.
-template <typename Record, std::size_t kCount>
-const Field<Record>* FindByNumber(const Field<Record> (&fields)[kCount], const MSTR& name) {
+template <typename Record>
+const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, const MSTR& name) {
   const std::int32_t number = name.IsEmpty() ? 0 : ReadNumber(name.Text() + 1);
-  if (number < 1 || static_cast<std::size_t>(number) > kCount) return nullptr;
-  return &fields[number - 1];
+  if (number < 1 || static_cast<std::size_t>(number) > fields.size()) return nullptr;
+  const Field<Record>& field = fields[static_cast<std::size_t>(number) - 1];
+  return field.number == number ? &field : nullptr;
 }
 
-template <typename Record, std::size_t kCount>
+template <typename Record>
 void ReadFields(Record& record, MXML::NODE& node, ProviderKind dialect, std::int32_t base_time,
-                const Field<Record> (&fields)[kCount]) {
+                std::span<const Field<Record>> fields) {
   const bool named = dialect == ProviderKind::kTitanTV;
   for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
     const Field<Record>* const field =
@@ -117,7 +118,7 @@ void ReadFields(Record& record, MXML::NODE& node, ProviderKind dialect, std::int
 
 void CStation::ReadStationFields(MXML::NODE& node, ProviderKind dialect) {
   if (dialect != ProviderKind::kXMLTV) {
-    ReadFields(*this, node, dialect, 0, kStationFields);
+    ReadFields<CStation>(*this, node, dialect, 0, kStationFields);
     return;
   }
   key = node.GetAttribute("id");
@@ -132,15 +133,12 @@ void CStation::ReadStationFields(MXML::NODE& node, ProviderKind dialect) {
 }
 
 void CProgram::ReadProgramFields(MXML::NODE& node, ProviderKind dialect) {
-  ReadFields(*this, node, dialect, 0, kProgramFields);
+  ReadFields<CProgram>(*this, node, dialect, 0, kProgramFields);
 }
 
 void CScheduleItem::ReadScheduleItemFields(MXML::NODE& node, ProviderKind dialect,
                                            std::int32_t base_time) {
-  if (dialect == ProviderKind::kTitanTV) {
-    ReadFields(*this, node, dialect, base_time, kTitanItemFields);
-  } else {
-    base_time = 0;  // numbered times are time values
-  }
-  ReadFields(*this, node, dialect, base_time, kScheduleItemFields);
+  // Numbered times are time values already.
+  const std::int32_t counted_from = dialect == ProviderKind::kTitanTV ? base_time : 0;
+  ReadFields<CScheduleItem>(*this, node, dialect, counted_from, kScheduleItemFields);
 }

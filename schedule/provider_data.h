@@ -31,6 +31,11 @@ class CProviderData {
   [[nodiscard]] virtual bool ImportXML(const ORVANE::MSTR& file_name, ORVANE::MSTR& status,
                                        CProgressIndicator* progress);
 
+  // Reads a file in the cache format into the store, whatever its kind; otherwise like ImportXML.
+  // Defined in import/cache_load.cc. [loader]
+  [[nodiscard]] bool LoadCacheXML(const ORVANE::MSTR& file_name, ORVANE::MSTR& status,
+                                  CProgressIndicator* progress);
+
   ProviderKind Kind() const { return kind_; }
 
   // Empties the store.

@@ -15,6 +15,8 @@
 #include "schedule/provider_kind.h"
 #include "schedule/schedule_item.h"
 
+struct CCacheLoad;
+
 // Invariants of the time index:
 // 1. The items form a doubly linked list with strictly increasing starts.
 // 2. Bucket k holds the earliest item that starts in [base + k * width, base + (k + 1) * width), or
@@ -70,6 +72,11 @@ class CStation {
   // Fills the fields from the element and its children, whose texts move into the record. Defined
   // in import/record_readers.cc.
   void ReadStationFields(ORVANE::MXML::NODE& node, ProviderKind dialect);
+
+  // Reads the content of a cache file's open `Station` element, up to and including its end tag.
+  // Gives the number of items added, or -1 when the load has failed; its status says why. Defined
+  // in import/cache_load.cc.
+  std::int32_t LoadCacheStation(CCacheLoad& load);
 
   // The key must not change once the station is in a store.
   ORVANE::MSTR key;

@@ -27,10 +27,10 @@ TEST(Mstr, TakesPartsOfItself) {
   for (; expected.size() < 2000; expected += expected) text += text;  // outgrows its storage
   EXPECT_EQ(expected, text.View());
   const std::string side(255, 'x');
-  for (const std::size_t middle : {1, 2, 3, 5000}) {  // 511 bytes on
+  for (const std::string& middle : {"-"s, "--"s, "---"s, std::string(5000, '-')}) {  // 511 bytes on
     text = side;
-    text.Format("%s%s%s", text.Text(), std::string(middle, '-').c_str(), text.Text());
-    EXPECT_EQ(side + std::string(middle, '-') + side, text.View());
+    text.Format("%s%s%s", text.Text(), middle.c_str(), text.Text());
+    EXPECT_EQ(side + middle + side, text.View());
   }
 }
 

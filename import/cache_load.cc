@@ -1,0 +1,91 @@
+#include "import/cache_load.h"
+
+#include <cstdint>
+#include <memory>
+
+#include "import/listings_import.h"
+#include "platform/services.h"
+
+using ORVANE::MSTR;
+
+namespace {
+
+// The numbers of the fields are the format's, whatever kind of provider the data came from.
+constexpr ProviderKind kNumbered = ProviderKind::kOther;
+
+bool LoadPrograms(CCacheLoad& load) {
+  CSafeNode& record = load.record;
+  return ForEachWholeChild(load.reader, load.collection.name, record, load.status, [&] {
+    if (!(record.name == "Prog")) return;
+    auto program = std::make_unique<CProgram>();
+    program->ReadProgramFields(record, kNumbered);
+    static_cast<void>(load.store.AddProgram(program));  // the first of a key wins
+  });
+}
+
+bool LoadStations(CCacheLoad& load) {
+  CSafeNode& record = load.record;
+  return ForEachChild(load.reader, load.collection.name, record, load.status, [&](bool open) {
+    if (!open) return true;
+    if (!(record.name == "Station")) return load.reader.ReadChildren(record, load.status);
+    auto station = std::make_unique<CStation>();
+    if (station->LoadCacheStation(load) < 0) return false;
+    static_cast<void>(load.store.AddStation(station));  // the first of a key wins
+    return true;
+  });
+}
+
+bool LoadCollections(CCacheLoad& load) {
+  CSafeNode& collection = load.collection;
+  return ForEachChild(load.reader, load.root.name, collection, load.status, [&](bool open) {
+    if (!open) return true;
+    if (collection.name == "ProgramMap") return LoadPrograms(load);
+    if (collection.name == "StationList") return LoadStations(load);
+    return load.reader.ReadChildren(collection, load.status);
+  });
+}
+
+}  // namespace
+
+bool CProviderData::LoadCacheXML(const MSTR& file_name, MSTR& status,
+                                 CProgressIndicator* progress) {
+  CCacheLoad load = {*this, status};
+  if (!OpenListings(load.reader, file_name, status)) return GetStationCount() > 0;
+  AnnounceRange(load.reader, progress);
+  const std::uint32_t began = platform::GetTickCount();
+  const bool has_children = ReadListingsRoot(load.reader, load.root, "ProviderData");
+  const MSTR name_space = load.root.GetAttribute("xmlns");
+  if (!EqualIgnoringCase(name_space, kMakerNamespace)) {
+    status.Format("Unexpected xmlns value: \"%s\".", name_space.Text());
+    return false;
+  }
+  if (has_children && !LoadCollections(load)) return false;
+  return FinishImport(*this, load.reader, file_name, began, status, progress);
+}
+
+std::int32_t CStation::LoadCacheStation(CCacheLoad& load) {
+  CSafeNode& child = load.station_child;
+  CSafeNode& item_node = load.item;
+  std::int32_t added = 0;
+  const auto load_item = [&] {
+    if (!(item_node.name == "Item")) return;
+    auto item = std::make_unique<CScheduleItem>();
+    item->ReadScheduleItemFields(item_node, kNumbered, 0);
+    item->program = load.store.FindProgram(item->program_key.View());
+    if (Insert(item)) ++added;
+  };
+  const auto load_child = [&](bool open) {
+    if (!open) return true;
+    if (child.name == "StationData") {
+      if (!load.reader.ReadChildren(child, load.status)) return false;
+      ReadStationFields(child, kNumbered);
+      return true;
+    }
+    if (child.name == "Schedule") {
+      return ForEachWholeChild(load.reader, child.name, item_node, load.status, load_item);
+    }
+    load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.Text());
+    return false;
+  };
+  return ForEachChild(load.reader, load.record.name, child, load.status, load_child) ? added : -1;
+}

@@ -1,0 +1,265 @@
+// The reader of listings files, by the habits that files are written for.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <random>
+
+#include "tests/support/test_support.h"
+#include "xml/simple_xml_reader.h"
+#include "xml/xml_escape.h"
+
+namespace {
+
+using namespace std::literals;
+using epg_test::TempFile;
+
+// A node as "name@attribute:value{text}(children)", what it lacks left out.
+std::string Dump(const ORVANE::MXML::NODE& node) {
+  std::string text(node.name.View()), children;
+  for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
+    text.append("@").append(each->name.View()).append(":").append(each->value.View());
+  }
+  for (const auto* each = node.first_child; each != nullptr; each = each->next_sibling) {
+    children += (children.empty() ? "" : " ") + Dump(*each);
+  }
+  if (!node.value.IsEmpty()) text.append("{").append(node.value.View()).append("}");
+  return children.empty() ? text : text + '(' + children + ')';
+}
+
+// "!" when a read failed; "/" for an end tag, "+" for an open element, "-" for any other unit.
+std::string Marks(bool result, bool open, bool end_tag) {
+  return (result ? ""s : "!"s) + (end_tag ? '/' : open ? '+' : '-');
+}
+
+std::string Read(CSimpleXMLReader& reader, CSafeNode& node) {
+  bool open = false, end_tag = true;
+  const bool result = reader.ReadElement(node, open, end_tag);
+  return Marks(result, open, end_tag) + Dump(node);
+}
+
+// Every unit up to the one that fails.
+std::string Units(std::string_view bytes) {
+  const TempFile file(bytes);
+  CSimpleXMLReader reader;
+  EXPECT_TRUE(reader.Open(file.Name(), true, false, true));
+  for (std::string units;; units += ' ') {
+    CSafeNode node;
+    const std::string unit = Read(reader, node);
+    units += unit;
+    if (unit[0] == '!') return units;
+  }
+}
+
+TEST(ReadElement, KeepsItsHabits) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"x<a b='1'", "!+"},
+      {"<a>&AMP;&lt;&Gt;&quot;&apos;&nbsp;&#65;&;&amps;</a>", "-a{&<>\"'} !+"},
+      {"<a>x & y</a>; z</a>", "-a{x  z} !+"},  // swallowed up to the ';'
+      {"<a> \"x' > /y\r\n</a>", "-a{ \"x' > /y\r\n} !+"},
+      {"<a>\0\xff</a>"sv, "-a{\0\xff} !+"sv},
+      {"<a>v<b/>lost</a>\n<c></c>", "+a{v} -b /a -c !+"},
+      {"<a>x</a >", "!-a{x}"},
+      {"<a>x<!-- c --></a>", "!-a{x}"},
+      {"<a><b/><!-- \"c' / & > ; d --><c/></a >", "+a -b - -c /a@: !+"},
+      {"<?xml version='1.0'?><!DOCTYPE a [<!ELEMENT b>]><a/>", "- - -a !+"},
+      {"<!-- <b> --><c/>", "- +b{ -->} -c !+"},  // nothing but '>' was to be skipped to
+      {"<a b='c d'/><a b=c/>", "-a@b:c d -a@b:c !+"},
+      {"<a b = \"c\" />", "-a@b:@:c@: !+"},
+      {"<a  b='c'/>", "-a@:b@'c': !+"},
+      {"<a b='1'\tc='2'\n/>", "-a@b:1\tc@'2'\n: !+"},
+      {"<a\nb='1'/>", "-a\nb@'1': !+"},
+      {"<a b='x>y'/>", "!+a@b:x"},
+      {"<a b='x>y</a>", "!+a@b:x{y}"},  // still in quotes, so that its '/' is kept
+      {"<a b='x/y'>z</a>", "-a@b:x/y{z} !+"},
+      {"<a b=\"it's x\"/>", "!+a@b:its x/"},
+      {"<a b=\"it&apos;s x\" c='1'/>", "-a@b:its@x\" c='1': !+"},
+      {"<a&lt;b c='&gt;&nbsp;'/>", "-a<b@c:> !+"},
+      {"<a/b>x</a>", "-ab /a !+"},
+      {"<a <b>x</b>", "+ -b{x} !+"},
+      {"<<a>x</a><>y</>", "+ -a{x} -{y} !+"},
+      {"</a b='c'><d a=''/>", "/a@b:c -d@a: !+"}};
+  for (const auto& [bytes, units] : rows) EXPECT_EQ(units, Units(bytes)) << bytes;
+}
+
+TEST(ReadElement, KeepsTextsOfAnyLengthAcrossTheStreamsWindow) {
+  for (std::size_t before = 65'480; before < 65'540; ++before) {
+    EXPECT_EQ("+a@b:c d{v&w} -e /a !+",
+              Units(std::string(before, ' ') + "<a b=\"c d\">v&amp;w<e/></a>"));
+  }
+  for (const std::size_t length : {255u, 256u, 257u, 511u, 512u, 513u, 1024u, 1025u, 70'000u}) {
+    const std::string n(length, 'n'), v(length, 'v'), t(length, 't');
+    EXPECT_EQ("-" + n + "@b:" + v + "{" + t + "} !+",
+              Units("<" + n + " b='" + v + "'>" + t + "&" + t + ";</" + n + ">"));
+  }
+}
+
+// The same habits once more, put as plainly as can be.
+struct Model {
+  std::string_view bytes;
+  std::size_t at = 0;
+  std::string name = {}, attributes = {}, value = {};
+
+  static bool IsQuote(char c) { return c == '"' || c == '\''; }
+
+  void ParseTag(const std::string& tag) {
+    name = attributes = "";
+    bool quoted = false;
+    int token = 0;  // the element's name, then in turn an attribute's name and its value
+    for (const char c : tag) {
+      if (IsQuote(c)) quoted = !quoted;
+      if (!quoted && (c == ' ' || c == '=')) {
+        attributes += ++token % 2 == 1 ? '@' : ':';
+      } else if (token % 2 == 1 || token == 0 || !IsQuote(c)) {
+        (token == 0 ? name : attributes) += c;
+      }
+    }
+    if (token % 2 == 1) attributes += ':';
+  }
+
+  std::string Read() {
+    static const std::map<std::string, char> kEntities = {
+        {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+    std::string tag, text, entity;
+    int brackets = 0;
+    bool open = true, end_tag = false, in_tag = false, skipping = false, after_bracket = false;
+    bool in_entity = false, quoted = false, closing = false, parsed = false;
+    const auto unit = [&](bool result) {
+      return Marks(result, open, end_tag) + name + attributes +
+             (value.empty() ? "" : '{' + value + '}');
+    };
+    while (at < bytes.size()) {
+      const char c = bytes[at++];
+      if (in_entity && c != ';') {
+        entity += static_cast<char>(std::tolower(c));
+        continue;
+      }
+      if (std::exchange(in_entity, false)) {
+        const auto known = kEntities.find(std::exchange(entity, ""));
+        if (known != kEntities.end() && !skipping) (in_tag ? tag : text) += known->second;
+        continue;
+      }
+      if (std::exchange(after_bracket, false)) {
+        if (c != '!' && c != '?' && c != '/' && brackets > 1) {
+          at -= 2;
+          return unit(true);
+        }
+        if (c == '!' || c == '?') {
+          skipping = true;
+          open = false;
+        }
+        if (c == '/') closing = true;
+      }
+      if (c == '&') {
+        in_entity = true;
+      } else if (c == '<') {
+        if (brackets++ == 1) value = text;
+        text = "";
+        after_bracket = in_tag = true;
+      } else if (!in_tag) {
+        text += c;
+      } else if (c == '/' && !quoted) {
+        open = false;
+      } else if (c == '>') {
+        if (parsed && tag != name) return unit(false);
+        if (!std::exchange(parsed, true)) {
+          ParseTag(std::exchange(tag, ""));
+          end_tag = closing;
+        }
+        in_tag = false;
+        if (!open) return unit(true);
+      } else if (!skipping || c == '/') {
+        if (IsQuote(c)) quoted = !quoted;
+        tag += c;
+      }
+    }
+    return unit(false);
+  }
+};
+
+TEST(ReadElement, ReadsAnyBytesAsTheModelDoes) {
+  static constexpr std::string_view kPieces[] = {
+      "<", "<", ">", ">", "/",   "=",    " ",   "\"", "'",     "&",      ";",  "!",
+      "?", "a", "a", "b", "<a>", "</a>", "<a ", "\n", "&amp;", "&Quot;", "lt", "&apos"};
+  std::mt19937 random(20070205);
+  const TempFile file("");
+  for (int round = 0; round < 200'000; ++round) {
+    std::string bytes;
+    for (auto left = random() % 20; left > 0; --left) bytes += kPieces[random() % 24];
+    file.Write(bytes);
+    CSimpleXMLReader reader;
+    ASSERT_TRUE(reader.Open(file.Name(), true, false, true));
+    Model model{bytes};
+    CSafeNode node;
+    do {
+      ASSERT_EQ(model.Read(), Read(reader, node)) << bytes;
+      ASSERT_EQ(model.at, static_cast<std::size_t>(reader.Position())) << bytes;
+    } while (model.at < bytes.size());
+  }
+}
+
+// A walk of a whole file: what ends it, what the root then holds, and the unit that stands next.
+std::string Walk(std::string_view bytes) {
+  const TempFile file(bytes);
+  CSimpleXMLReader reader;
+  EXPECT_TRUE(reader.Open(file.Name(), true, false, true));
+  CSafeNode root, next;
+  Read(reader, next);  // the walk rewinds
+  bool more = false;
+  ORVANE::MSTR error;
+  if (!reader.ReadRoot(root, more)) {
+    error = more ? "no root but more" : "no root";
+  } else if (reader.ReadChildren(root, error)) {
+    error = "whole";
+  }
+  const std::string text = std::string(error.View()) + " | " + Dump(root) + " | ";
+  root.FreeChildren();
+  EXPECT_EQ(nullptr, root.first_child);
+  CSafeNode after;
+  return text + Read(reader, after);
+}
+
+TEST(Walk, EndsWhereTheFileSays) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"<?x?><!-- c --><b c='1'/> <r>v<b d='1'>t</b>lost<c><d/></c><!----></r><e/>",
+       "whole | r(b@d:1{t} c(d) ){v} | -e"},
+      {"<b>t</b><r c=''><b/></r>", "whole | r@c:(b) | !+"},
+      {"", "no root |  | !+"},
+      {"<r a='1'>t</r>\n", "no root | r@a:1{t} | !+"},
+      {"<r/><", "no root but more | r | !+"},
+      {"<b a='1'/><r>t", "no root but more | r | !+"},
+      {"<r>t</q><b/>", "no root but more | r{t} | -b"},
+      {"<r><!-- c --><b/></r>", "no root but more | r | -b"},
+      {"<r><b/><c><d/></q></r>", "<c> end tag is bad, found <q>. | r(b) | /r"},
+      {"<r><b/></R><c/>", "<r> end tag is bad, found <R>. | r(b) | -c"},
+      {"<%s><b/></ %n>", "<%s> end tag is bad, found <>. | %s(b) | !+"},
+      {"<r><b/><c><d/></c><c><d/>", "Premature end of file. | r(b c(d)) | !+"},
+      {"<r><b/><r>t</d></r>", "Premature end of file. | r(b) | /r"}};
+  for (const auto& [bytes, walk] : rows) EXPECT_EQ(walk, Walk(bytes)) << bytes;
+}
+
+TEST(Walk, GoesAMillionDeepAndPastALostAmpersandFast) {
+  const auto start = std::chrono::steady_clock::now();
+  std::string opened, closed;
+  for (int depth = 0; depth < 1'000'000; ++depth) opened += "<a>", closed += "</a>";
+  const TempFile file(opened + closed);
+  CSimpleXMLReader reader;
+  ASSERT_TRUE(reader.Open(file.Name(), true, false, true));
+  CSafeNode root;
+  ORVANE::MSTR error;
+  EXPECT_TRUE(reader.ReadRoot(root) && reader.ReadChildren(root, error));
+  int depth = 0;
+  for (const ORVANE::MXML::NODE* node = &root; node != nullptr; node = node->first_child) ++depth;
+  EXPECT_EQ(1'000'000, depth);
+  root.FreeChildren();
+  EXPECT_EQ("Premature end of file. | a | !+", Walk(opened));
+  EXPECT_EQ("!+", Units('&' + opened));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 60s);
+}
+
+TEST(XmlEscape, EscapesFiveCharacters) {
+  EXPECT_EQ("&amp;amp; &lt;b c=&quot;&apos;&quot;&gt;\0\xe9\n"sv,
+            XmlEscape("&amp; <b c=\"'\">\0\xe9\n"sv).View());
+}
+
+}  // namespace
