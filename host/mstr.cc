@@ -9,61 +9,69 @@ constinit const MSTR::NULLSTRING MSTR::_NullString = {{0, 0}, {}};
 
 const char* MBADALLOC::what() const noexcept { return "bad allocation"; }
 
-char* MSTR::Allocate(std::size_t capacity, std::size_t kept) const {
+char* MSTR::Allocate(std::size_t capacity) {
   if (capacity > kMaxLength) throw MBADALLOC();
   void* const block = std::malloc(sizeof(HEADER) + capacity + 1);
   if (block == nullptr) throw MBADALLOC();
-  auto* const header =
-      ::new (block) HEADER{static_cast<std::uint32_t>(kept), static_cast<std::uint32_t>(capacity)};
-  auto* const text = reinterpret_cast<char*>(header + 1);
-  std::memcpy(text, text_, kept);
-  text[kept] = '\0';
-  return text;
+  auto* const header = ::new (block) HEADER{0, static_cast<std::uint32_t>(capacity)};
+  return reinterpret_cast<char*>(header + 1);
+}
+
+void MSTR::Adopt(char* text, std::size_t length) {
+  Free();
+  Point(text);
+  Header()->length = static_cast<std::uint32_t>(length);
+  text[length] = '\0';
+}
+
+void MSTR::Put(std::size_t kept, std::string_view text) {
+  const bool on_heap = OnHeap();
+  char* const storage = on_heap ? Pointer() : InlineText();
+  const std::size_t length = kept + text.size();
+  std::memmove(storage + kept, text.data(), text.size());
+  storage[length] = '\0';
+  if (on_heap) {
+    Header()->length = static_cast<std::uint32_t>(length);
+  } else {
+    word_[0] = static_cast<unsigned char>(length << 1 | 1);
+  }
 }
 
 void MSTR::Assign(std::string_view text) {
   if (text.empty()) {
     Free();
-    text_ = Null();
-    return;
-  }
-  if (text.size() <= Header()->capacity) {
-    std::memmove(text_, text.data(), text.size());
+    Point(Null());
+  } else if (text.size() <= Capacity()) {
+    Put(0, text);
   } else {
-    char* const fresh = Allocate(text.size(), 0);
+    char* const fresh = Allocate(text.size());
     std::memcpy(fresh, text.data(), text.size());
-    Free();
-    text_ = fresh;
+    Adopt(fresh, text.size());
   }
-  Header()->length = static_cast<std::uint32_t>(text.size());
-  text_[text.size()] = '\0';
 }
 
 void MSTR::Append(std::string_view text) {
   if (text.empty()) return;
   const std::size_t length = Length();
   const std::size_t total = length + text.size();
-  if (total <= Header()->capacity) {
-    std::memmove(text_ + length, text.data(), text.size());
+  if (total <= Capacity()) {
+    Put(length, text);
   } else {
     const std::size_t roomy = std::min<std::size_t>(length + length / 2 + 16, kMaxLength);
-    char* const fresh = Allocate(std::max(total, roomy), length);
+    char* const fresh = Allocate(std::max(total, roomy));
+    std::memcpy(fresh, Text(), length);
     std::memcpy(fresh + length, text.data(), text.size());
-    Free();
-    text_ = fresh;
+    Adopt(fresh, total);
   }
-  Header()->length = static_cast<std::uint32_t>(total);
-  text_[total] = '\0';
 }
 
 void MSTR::Truncate(std::uint32_t length) {
   if (length >= Length()) return;
   if (length == 0) {
     Assign({});
-    return;
+  } else {
+    Put(length, {});
   }
-  Header()->length = length;
-  text_[length] = '\0';
 }
 
 void MSTR::Format(const char* format, ...) {
@@ -85,11 +93,9 @@ void MSTR::FormatList(const char* format, std::va_list arguments) {
     Assign({small, size});
     return;
   }
-  char* const fresh = Allocate(size, 0);
+  char* const fresh = Allocate(size);
   std::vsnprintf(fresh, size + 1, format, arguments);
-  Free();
-  text_ = fresh;
-  Header()->length = static_cast<std::uint32_t>(size);
+  Adopt(fresh, size);
 }
 
 MSTR MSTR::Left(std::uint32_t count) const { return View().substr(0, count); }
@@ -107,16 +113,16 @@ void MSTR::Replace(std::string_view from, std::string_view to) {
     copied = found + from.size();
   }
   result.Append(old.substr(copied));
-  std::swap(text_, result.text_);
+  Swap(result);
 }
 
-std::uint32_t MSTR::Id() const {
+std::uint32_t MSTR::IdOf(std::string_view text) {
   // Eight bytes a step; the last step's multiplications and shifts spread every input bit over
   // the whole result, so that sums of values of near-equal texts stay apart.
   constexpr std::uint64_t kStep = 0x9FB21C651E98DF25u;
   constexpr std::uint64_t kMix = 0xD6E8FEB86659FD93u;
-  const char* at = text_;
-  std::size_t left = Length();
+  const char* at = text.data();
+  std::size_t left = text.size();
   std::uint64_t hash = left * kMix + 0x2545F4914F6CDD1Du;
   const auto take = [&hash](std::uint64_t word) {
     hash = (hash ^ word) * kStep;

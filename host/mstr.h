@@ -7,6 +7,7 @@
 // Errors: a text that cannot grow throws MBADALLOC and stays as it was.
 #pragma once
 
+#include <bit>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdlib>
@@ -25,13 +26,15 @@ class ORVANE_API MBADALLOC : public std::bad_alloc {
   const char* what() const noexcept override;
 };
 
-// Layout: one pointer to the characters, with length and capacity in front of them, so that the
-// many empty texts of a schedule cost a pointer each and nothing on the heap.
+// A schedule holds millions of texts, most of them empty or a few characters long. So a text is one
+// word beside its virtual table: a pointer to the characters, which have length and capacity in
+// front of them, or, for up to six characters, the characters themselves. Nothing but longer texts
+// is on the heap.
 class ORVANE_API MSTR {
  public:
   struct HEADER {
     std::uint32_t length;
-    std::uint32_t capacity;  // 0 in the shared empty text alone
+    std::uint32_t capacity;
   };
   struct NULLSTRING {
     HEADER header;
@@ -43,11 +46,11 @@ class ORVANE_API MSTR {
   // No text grows beyond this many bytes.
   static constexpr std::uint32_t kMaxLength = 0x3fffffff;
 
-  MSTR() noexcept : text_(Null()) {}
+  MSTR() noexcept { Point(Null()); }
   MSTR(const char* text) : MSTR(std::string_view(text != nullptr ? text : "")) {}
-  MSTR(std::string_view text) : text_(Null()) { Assign(text); }
-  MSTR(const MSTR& other) : text_(Null()) { Assign(other.View()); }
-  MSTR(MSTR&& other) noexcept : text_(std::exchange(other.text_, Null())) {}
+  MSTR(std::string_view text) : MSTR() { Assign(text); }
+  MSTR(const MSTR& other) : MSTR() { Assign(other.View()); }
+  MSTR(MSTR&& other) noexcept : MSTR() { Swap(other); }
   virtual ~MSTR() { Free(); }
 
   MSTR& operator=(const char* text) {
@@ -63,14 +66,14 @@ class ORVANE_API MSTR {
     return *this;
   }
   MSTR& operator=(MSTR&& other) noexcept {
-    std::swap(text_, other.text_);
+    Swap(other);
     return *this;
   }
 
-  const char* Text() const { return text_; }
-  std::uint32_t Length() const { return Header()->length; }
+  const char* Text() const { return IsInline() ? InlineText() : Pointer(); }
+  std::uint32_t Length() const { return IsInline() ? word_[0] >> 1 : Header()->length; }
   bool IsEmpty() const { return Length() == 0; }
-  std::string_view View() const { return {text_, Length()}; }
+  std::string_view View() const { return {Text(), Length()}; }
 
   // Allocates exactly what `text` needs, or keeps the storage that is large enough. `text` may be
   // a part of this text. An empty text gives the storage back.
@@ -110,24 +113,55 @@ class ORVANE_API MSTR {
 
   // A hash of the characters alone. Callers add several of them to make a key, so every bit of a
   // value depends on every character.
-  std::uint32_t Id() const;
+  std::uint32_t Id() const { return IdOf(View()); }
+  static std::uint32_t IdOf(std::string_view text);
 
   friend bool operator==(const MSTR& a, const MSTR& b) { return a.View() == b.View(); }
   friend bool operator==(const MSTR& a, std::string_view b) { return a.View() == b; }
   friend bool operator==(const MSTR& a, const char* b) { return a.View() == b; }
 
  private:
-  static char* Null() { return const_cast<char*>(_NullString.characters); }
-  const HEADER* Header() const { return reinterpret_cast<const HEADER*>(text_) - 1; }
-  HEADER* Header() { return reinterpret_cast<HEADER*>(text_) - 1; }
-  void Free() {
-    if (text_ != Null()) std::free(Header());
-  }
-  // Fresh storage for `capacity` characters, holding the first `kept` of this text; the old
-  // storage is left to the caller.
-  char* Allocate(std::size_t capacity, std::size_t kept) const;
+  // The inline form: the first byte holds the length and, in the lowest bit, a mark that no pointer
+  // has there; then the characters and a NUL.
+  static constexpr std::uint32_t kInlineLength =
+      std::endian::native == std::endian::little && sizeof(char*) == 8 ? 6 : 0;
 
-  char* text_;  // Owned, unless it is the shared empty text.
+  static char* Null() { return const_cast<char*>(_NullString.characters); }
+
+  bool IsInline() const { return kInlineLength != 0 && (word_[0] & 1) != 0; }
+  char* InlineText() { return reinterpret_cast<char*>(word_ + 1); }
+  const char* InlineText() const { return reinterpret_cast<const char*>(word_ + 1); }
+
+  char* Pointer() const {
+    char* text = nullptr;
+    std::memcpy(&text, word_, sizeof text);
+    return text;
+  }
+  void Point(char* text) { std::memcpy(word_, &text, sizeof text); }
+
+  // Of a text that is not inline.
+  HEADER* Header() { return reinterpret_cast<HEADER*>(Pointer()) - 1; }
+  const HEADER* Header() const { return reinterpret_cast<const HEADER*>(Pointer()) - 1; }
+  bool OnHeap() const { return !IsInline() && Pointer() != Null(); }
+  std::uint32_t Capacity() const { return OnHeap() ? Header()->capacity : kInlineLength; }
+
+  void Free() {
+    if (OnHeap()) std::free(Header());
+  }
+  void Swap(MSTR& other) noexcept {
+    unsigned char word[sizeof word_];
+    std::memcpy(word, word_, sizeof word_);
+    std::memcpy(word_, other.word_, sizeof word_);
+    std::memcpy(other.word_, word, sizeof word_);
+  }
+  // Fresh heap storage for `capacity` characters; length and characters are the caller's to set.
+  static char* Allocate(std::size_t capacity);
+  // Takes fresh storage that holds `length` characters in place of what there was.
+  void Adopt(char* text, std::size_t length);
+  // Writes `text` behind the first `kept` characters and ends there. REQUIRES: it fits.
+  void Put(std::size_t kept, std::string_view text);
+
+  alignas(char*) unsigned char word_[sizeof(char*)];  // Owned, where it points to the heap.
 };
 
 static_assert(sizeof(MSTR) <= 24);

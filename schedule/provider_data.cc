@@ -14,36 +14,26 @@ void CProviderData::Clear() {
   base_time_text = MSTR();
   provider_id = MSTR();
   // Items refer to programmes, so stations go first.
-  station_map_.clear();
-  program_map_.clear();
+  station_map_.Clear();
+  program_map_.Clear();
   stations_.Clear();
 }
 
-CStation* CProviderData::FindStation(std::string_view key) const {
-  const auto found = station_map_.find(key);
-  return found != station_map_.end() ? found->second.get() : nullptr;
-}
+CStation* CProviderData::FindStation(std::string_view key) const { return station_map_.Find(key); }
 
 const CProgram* CProviderData::FindProgram(std::string_view key) const {
-  const auto found = program_map_.find(key);
-  return found != program_map_.end() ? found->second.get() : nullptr;
+  return program_map_.Find(key);
 }
 
 bool CProviderData::AddStation(std::unique_ptr<CStation>& station) {
-  if (FindStation(station->key.View()) != nullptr) return false;
   CStation* const added = station.get();
+  if (!station_map_.Add(station)) return false;
   stations_.Append(added);
-  try {
-    station_map_.try_emplace(added->key.View(), std::move(station));
-  } catch (...) {
-    stations_.SetSize(stations_.Count() - 1);
-    throw;
-  }
   return true;
 }
 
 bool CProviderData::AddProgram(std::unique_ptr<CProgram>& program) {
-  return program_map_.try_emplace(program->key.View(), std::move(program)).second;
+  return program_map_.Add(program);
 }
 
 MSTR CProviderData::GetStatistics() const {
@@ -51,7 +41,7 @@ MSTR CProviderData::GetStatistics() const {
   for (const CStation* const station : stations_) items += station->CountItems();
   MSTR text;
   text.Format("Stations: %i   Programmes: %i   Schedule Items: %i", stations_.Count(),
-              static_cast<int>(program_map_.size()), items);
+              static_cast<int>(program_map_.Count()), items);
   return text;
 }
 

@@ -10,12 +10,12 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <unordered_map>
 
 #include "host/mstr.h"
 #include "schedule/pointer_array.h"
 #include "schedule/program.h"
 #include "schedule/provider_kind.h"
+#include "schedule/record_map.h"
 #include "schedule/station.h"
 
 class CProgressIndicator;
@@ -65,8 +65,8 @@ class CProviderData {
 
  private:
   const ProviderKind kind_;
-  // Keys are views into the records.
-  std::unordered_map<std::string_view, std::unique_ptr<CProgram>> program_map_;
-  std::unordered_map<std::string_view, std::unique_ptr<CStation>> station_map_;
+  // Items refer to programmes, so the stations, declared later, are destroyed first.
+  CRecordMap<CProgram> program_map_;
+  CRecordMap<CStation> station_map_;
   CPointerArray<CStation> stations_;
 };
