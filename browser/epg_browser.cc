@@ -33,17 +33,18 @@ bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, co
   return true;
 }
 
-void CEPGBrowser::LoadSchedule(const MSTR& file_name, CProgressIndicator* progress) {
+void CEPGBrowser::LoadSchedule(const MSTR& file_name, MSTR& status_text,
+                               CProgressIndicator* progress) {
   std::shared_ptr<CProviderData> schedule;
-  const auto fail = [this](const char* reason) {
+  const auto fail = [&status_text](const char* reason) {
     try {
-      status_text_ = reason;
+      status_text = reason;
     } catch (const std::bad_alloc&) {
-      status_text_ = MSTR();
+      status_text = MSTR();
     }
   };
   try {
-    schedule = ImportEPGFile(file_name, status_text_, progress);
+    schedule = ImportEPGFile(file_name, status_text, progress);
   } catch (const std::bad_alloc&) {
     fail(ORVANE::MBADALLOC().what());
   } catch (const std::exception& error) {
@@ -61,8 +62,11 @@ void CEPGBrowser::Think(std::uint32_t tick) {
 
 void CEPGBrowser::FinishLoad(std::shared_ptr<CEPGLoaderThread> ended) {
   if (!loader_.ClearIf(ended)) return;  // another thread has adopted it
+  // The text leaves the loader, which ends here. Whatever the user does before closing the box, the
+  // next load included, cannot touch it.
+  const MSTR text = ended->TakeStatusText();
   ended.reset();
   if (Schedule() != nullptr) return;
-  platform::MessageBoxA(status_text_.Text(), "Telvyn configuration error",
+  platform::MessageBoxA(text.Text(), "Telvyn configuration error",
                         platform::kMessageBoxInformation);
 }

@@ -2,8 +2,8 @@
 //
 // Ownership: the browser owns its schedule, together with whoever is still reading it, and its
 //   loader.
-// Threads: the engine's thread creates, ticks and destroys; the loader's thread writes status text
-//   and schedule while a load runs.
+// Threads: the engine's thread creates, ticks and destroys; the loader's thread replaces the
+//   schedule at the end of a load.
 #pragma once
 
 #include <cstdint>
@@ -45,8 +45,10 @@ class CEPGBrowser : public ORVANE::ENTITY {
   virtual bool InitSchedule(const ORVANE::MSTR& first, const ORVANE::MSTR& second,
                             const ORVANE::MSTR& name);
 
-  // Imports a file and replaces the schedule by the result, also when that is none. [loader]
-  void LoadSchedule(const ORVANE::MSTR& file_name, CProgressIndicator* progress);
+  // Imports a file and replaces the schedule by the result, also when that is none. `status_text`
+  // then holds the importer's summary or what the user is to be told. [loader]
+  void LoadSchedule(const ORVANE::MSTR& file_name, ORVANE::MSTR& status_text,
+                    CProgressIndicator* progress);
 
   // A load runs, or has ended and not been adopted yet. [any]
   bool HasLoader() const { return loader_.Load() != nullptr; }
@@ -60,6 +62,5 @@ class CEPGBrowser : public ORVANE::ENTITY {
   void StopLoader();
 
   CSharedSlot<CProviderData> schedule_;
-  ORVANE::MSTR status_text_;  // the loader's while one is active, then the engine's thread's
   CSharedSlot<CEPGLoaderThread> loader_;
 };

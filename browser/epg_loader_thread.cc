@@ -11,7 +11,7 @@ CEPGLoaderThread::~CEPGLoaderThread() { StopAndWait(); }
 
 bool CEPGLoaderThread::SetProgress(std::int32_t /*position*/) { return !CheckStop(); }
 
-void CEPGLoaderThread::Run() { owner_.LoadSchedule(file_name_, this); }
+void CEPGLoaderThread::Run() { owner_.LoadSchedule(file_name_, status_text_, this); }
 
 void CEPGLoaderThread::StopAndWait() {
   if (!Active()) return;

@@ -1,10 +1,11 @@
 // The thread of one load, and that load's progress indicator.
 //
-// Ownership: the browser that made it owns it; it owns nothing but its file name.
+// Ownership: the browser that made it owns it; it owns nothing but its texts.
 // Threads: the owner's thread starts, polls, stops and destroys; `Run` is on the loader's own.
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "browser/progress_indicator.h"
 #include "host/mstr.h"
@@ -28,7 +29,11 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
   // an import that never asks whether to go on runs to its end.
   void StopAndWait();
 
+  // The importer's summary, or why there is no schedule. REQUIRES: the load has ended.
+  ORVANE::MSTR TakeStatusText() { return std::move(status_text_); }
+
  private:
   const ORVANE::MSTR file_name_;
   CEPGBrowser& owner_;
+  ORVANE::MSTR status_text_;  // the loader's thread's alone until it has ended
 };

@@ -6,6 +6,9 @@ if(EPG_SANITIZE)
   add_compile_options(-fsanitize=${EPG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${EPG_SANITIZE})
 endif()
+if(EPG_LIBFUZZER)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # Warnings, all of them errors.
 add_library(epg_warnings INTERFACE)

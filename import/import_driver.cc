@@ -33,6 +33,9 @@ std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, Impo
   return nullptr;
 }
 
+// A store of no particular kind. Final, so that destroying one needs no virtual destructor.
+class CPlainData final : public CProviderData {};
+
 // The store for a cache file, by the kind of provider that its data came from.
 std::shared_ptr<CProviderData> MakeStore(int epg_source) {
   switch (static_cast<ProviderKind>(epg_source)) {
@@ -43,7 +46,7 @@ std::shared_ptr<CProviderData> MakeStore(int epg_source) {
     case ProviderKind::kXMLTV:
       return std::make_shared<CXMLTVData>();
     default:
-      return std::make_shared<CProviderData>();
+      return std::make_shared<CPlainData>();
   }
 }
 

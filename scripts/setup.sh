@@ -4,6 +4,7 @@
 #
 #   scripts/setup.sh build     what building and running needs
 #   scripts/setup.sh test      and the tests
+#   scripts/setup.sh fuzz      and fuzzing: clang with its sanitizers
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
@@ -11,8 +12,11 @@ packages="g++ cmake ninja-build"
 case "${1:-build}" in
   build) ;;
   test) packages="$packages libgtest-dev libgmock-dev" ;;
-  check) packages="$packages libgtest-dev libgmock-dev clang clang-format clang-tidy" ;;
-  *) echo "usage: $0 [build | test | check]" >&2; exit 2 ;;
+  fuzz) packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev" ;;
+  check)
+    packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
+    ;;
+  *) echo "usage: $0 [build | test | fuzz | check]" >&2; exit 2 ;;
 esac
 
 command_of() {
@@ -27,6 +31,9 @@ for package in $packages; do
   case "$package" in
     libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || missing="$missing $package" ;;
     libgmock-dev) [ -e /usr/include/gmock/gmock.h ] || missing="$missing $package" ;;
+    libclang-rt-14-dev)
+      ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \
+        >/dev/null 2>&1 || dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package" ;;
     *) command -v "$(command_of "$package")" >/dev/null 2>&1 || missing="$missing $package" ;;
   esac
 done

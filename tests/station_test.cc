@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -26,8 +27,7 @@ Time At(const std::string& time) { return epg_test::At("2007-02-05 " + time); }
 // True when the station has taken the item.
 bool Insert(CStation& station, Time start, Time end) {
   auto item = std::make_unique<CScheduleItem>();
-  item->start = start;
-  item->end = end;
+  std::tie(item->start, item->end) = std::pair(start, end);
   const bool taken = station.Insert(item);
   EXPECT_EQ(taken, item == nullptr);
   return taken;
@@ -55,16 +55,12 @@ struct PlainIndex {
     const std::int64_t bucket = std::clamp(lowest + (from - base) / 180, lowest, highest);
     auto item = items.find(std::prev(buckets.upper_bound(bucket))->second);
     if (item != items.begin() && std::prev(item)->second > from) return std::prev(item)->first;
-    while (item != items.end() && item->second <= from) ++item;
-    return item != items.end() && item->first < to ? Start(item->first) : Start();
+    return FirstFrom(item, from, to);
   }
 
-  // Where nothing overlaps: the earliest item that has not ended at `from`.
-  Start FindInOrder(Time from, Time to) const {
-    for (const auto& [start, item_end] : items) {
-      if (item_end > from) return start < to ? Start(start) : Start();
-    }
-    return {};
+  Start FirstFrom(std::map<Time, Time>::const_iterator item, Time from, Time to) const {
+    while (item != items.end() && item->second <= from) ++item;
+    return item != items.end() && item->first < to ? Start(item->first) : Start();
   }
 
   std::map<Time, Time> items;            // end by start
@@ -90,6 +86,7 @@ void ExpectSame(const PlainIndex& plain, const CStation& station) {
     if (earliest != nullptr) buckets[bucket] = earliest->start;
     ++bucket;
   }
+  ASSERT_EQ(plain.items.size(), static_cast<std::size_t>(station.CountItems()));
   ASSERT_EQ(std::tuple(plain.items, plain.buckets, plain.highest + 1, plain.base, plain.end),
             std::tuple(items, buckets, bucket, station.IndexBase(), station.ScheduleEnd()));
 }
@@ -102,12 +99,12 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
   const Time spans[][4] = {{0, 600, 90, 900},
                            {-3000, 86'400, 150, 900},
                            {213'000'000, 220'000'000, 60, 300},
-                           {0, INT32_MAX, 5, 3}};
+                           {0, INT32_MAX, 4, 3}};
   for (const auto& [low, high, count, queries] : spans) {
     for (int series = 0; series < 6; ++series) {
       const bool overlapping = series % 2 == 0;
-      std::vector<std::pair<Time, Time>> items;
-      for (int i = 0; i < count; ++i) items.emplace_back(between(low, high), 0);
+      std::vector<std::pair<Time, Time>> items(static_cast<std::size_t>(count));
+      for (auto& item : items) item.first = between(low, high);
       std::sort(items.begin(), items.end());
       Time next = high;
       for (auto item = items.rbegin(); item != items.rend(); next = item++->first) {
@@ -125,33 +122,23 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
       }
       for (int i = 0; i < queries; ++i) {
         const Time from = between(plain.base - 400, plain.end + 400LL);
-        const Time to = between(from - 100, from + 800LL);
+        const Time to = i % 9 == 0 ? plain.items.begin()->first : between(from - 100, from + 800LL);
         const Start found = StartOf(station.FindFirstProgram(from, to));
         ASSERT_EQ(plain.Find(from, to), found) << from << ' ' << to;
-        if (!overlapping && from < to)
-          ASSERT_EQ(plain.FindInOrder(from, to), found) << from << ' ' << to;
+        if (overlapping || to <= from) continue;
+        ASSERT_EQ(plain.FirstFrom(plain.items.begin(), from, to), found) << from << ' ' << to;
       }
       station.BuildProgramIndex();
       ASSERT_EQ(station.CountItems(), station.GetProgramCount());
+      ASSERT_EQ(nullptr, station.GetProgram(-1));
+      ASSERT_EQ(nullptr, station.GetProgram(station.CountItems()));
+      ASSERT_EQ(station.CountItems(), station.IndexOf(CScheduleItem()));
       for (std::int32_t i = 0; i < station.CountItems(); ++i) {
         ASSERT_EQ(std::next(plain.items.begin(), i)->first, station.GetProgram(i)->start);
         ASSERT_EQ(i, station.IndexOf(*station.GetProgram(i)));
       }
     }
   }
-}
-
-TEST(TimeIndex, HasBucketsOfThreeHours) {
-  CStation station;
-  for (const char* const start : {"10:00", "08:00", "16:00"}) {
-    EXPECT_TRUE(Insert(station, At(start), At("17:00")));
-    EXPECT_FALSE(Insert(station, At(start), At("23:00")));
-  }
-  std::vector<Start> starts;
-  for (const CScheduleItem* const item : station.Buckets()) starts.push_back(StartOf(item));
-  EXPECT_EQ((std::vector<Start>{At("08:00"), At("10:00"), {}, At("16:00")}), starts);
-  EXPECT_EQ(At("07:00"), station.IndexBase());
-  EXPECT_EQ(At("17:00"), station.ScheduleEnd());
 }
 
 TEST(TimeIndex, TakesAMillionItemsInReverse) {
@@ -168,8 +155,7 @@ TEST(TimeIndex, TakesAMillionItemsInReverse) {
 // The most memory that has been in use so far, in KB.
 long PeakMemory() {
   rusage usage = {};
-  ::getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
+  return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
 TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
@@ -178,9 +164,9 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
   const long before = PeakMemory();
   while (stations.size() < 100) {
     CStation& station = *stations.emplace_back(std::make_unique<CStation>());
-    std::next_permutation(dates.begin(), dates.end());
-    for (const Time date : dates) EXPECT_TRUE(Insert(station, date, date + 60));
-    EXPECT_TRUE(Insert(station, At("12:00"), At("13:00")));
+    if (stations.size() <= 12) std::next_permutation(dates.begin(), dates.end());
+    for (const Time date : dates) Insert(station, date, date + 60);
+    Insert(station, At("12:00"), At("13:00"));
     EXPECT_EQ(At("12:00"), StartOf(station.FindFirstProgram(At("12:30"), At("13:00"))));
     ASSERT_LT(PeakMemory() - before, 1'000'000);
   }
@@ -188,97 +174,74 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
 
 TEST(FindFirstProgram, AnswersAroundAGap) {
   CStation station;
-  EXPECT_EQ(nullptr, station.FindFirstProgram(At("08:00"), At("08:30")));
-  Insert(station, At("08:00"), At("09:00"));
-  Insert(station, At("09:00"), At("10:30"));
-  Insert(station, At("13:00"), At("14:00"));
-  // A "-" is for none.
-  const char* const rows[] = {"08:00 08:30 08:00", "08:59 09:30 08:00", "09:00 09:30 09:00",
-                              "10:00 10:15 09:00", "11:00 13:00 -",     "11:00 13:01 13:00",
-                              "14:00 15:00 -",     "07:00 08:00 -",     "07:00 08:01 08:00",
-                              "13:30 08:01 -"};
-  for (const std::string row : rows) {
-    const Start found =
-        StartOf(station.FindFirstProgram(At(row.substr(0, 5)), At(row.substr(6, 5))));
-    EXPECT_EQ(row.substr(12) == "-" ? Start() : At(row.substr(12)), found) << row;
+  EXPECT_EQ(nullptr, station.FindFirstProgram(INT32_MIN, INT32_MAX));
+  Insert(station, At("10:00"), At("11:30"));
+  Insert(station, At("08:00"), At("10:00"));
+  Insert(station, At("16:00"), At("17:00"));
+  std::vector<Start> buckets;  // of three hours, from 07:00
+  for (const CScheduleItem* const item : station.Buckets()) buckets.push_back(StartOf(item));
+  EXPECT_EQ((std::vector<Start>{At("08:00"), At("10:00"), {}, At("16:00")}), buckets);
+  std::istringstream rows(
+      "08:00 08:30 08:00  09:59 10:30 08:00  10:00 10:30 10:00  11:29 11:30 10:00  "
+      "11:30 16:00 none   11:30 16:01 16:00  16:59 17:00 16:00  17:00 18:00 none   "
+      "07:00 08:00 none   07:00 08:01 08:00  12:00 08:01 none   13:01 16:01 16:00");
+  for (std::string from, to, start; rows >> from >> to >> start;) {
+    const CScheduleItem* const found = station.FindFirstProgram(At(from), At(to));
+    EXPECT_EQ(start == "none" ? Start() : At(start), StartOf(found)) << from << " to " << to;
   }
-  station.BuildProgramIndex();
-  EXPECT_EQ(3, station.IndexOf(CScheduleItem()));
-  EXPECT_EQ(nullptr, station.GetProgram(3));
-  EXPECT_EQ(nullptr, station.GetProgram(-1));
 }
 
 TEST(Station, IsLabelledByNetworkAndCallSign) {
-  const char* const rows[][3] = {{"", "", ""},
-                                 {"", "City One", "City One"},
-                                 {"Metro", "City One", "Metro/City One"},
-                                 {"Metro", "", "Metro/"}};
-  for (const auto& [network, call_sign, label] : rows) {
-    CStation station;
-    station.network = network;
-    station.call_sign = call_sign;
-    EXPECT_EQ(label, station.GetLabel().View());
-  }
+  CStation station;
+  station.call_sign = "City One";
+  EXPECT_EQ("City One", station.GetLabel().View());
+  station.network = "Metro";
+  EXPECT_EQ("Metro/City One", station.GetLabel().View());
+  station.call_sign = "";
+  EXPECT_EQ("Metro/", station.GetLabel().View());
 }
 
 TEST(PointerArray, GrowsSixteenFurther) {
   CPointerArray<const int> array;
   const int entry = 0;
-  const std::int32_t rows[][2] = {{1, 17}, {17, 17}, {18, 34}, {35, 51},
-                                  {5, 51}, {60, 76}, {0, 0},   {2, 18}};
+  const std::int32_t rows[][2] = {{17, 17}, {18, 34}, {35, 51}, {5, 51}, {60, 76}, {0, 0}};
   for (const auto& [size, capacity] : rows) {
-    array.SetSize(size - 1);
-    array.Append(&entry);
+    while (array.Count() < std::min(size, 35)) array.Append(&entry);
+    array.SetSize(size);
     EXPECT_EQ(capacity, array.Capacity()) << size;
   }
-  try {
-    array.SetSize(INT32_MAX);
-    FAIL();
-  } catch (const std::bad_alloc& error) {
-    EXPECT_STREQ("bad allocation", error.what());
-  }
-  EXPECT_EQ(2, array.Count());
-  EXPECT_EQ(&entry, array[1]);
+  array.Append(&entry);
+  EXPECT_THROW(array.SetSize(INT32_MAX), std::bad_alloc);
+  EXPECT_EQ(17, array.Capacity());
+  EXPECT_EQ((std::vector{&entry}), std::vector(array.begin(), array.end()));
 }
 
 TEST(ProviderData, KeepsOneRecordForEachKey) {
   CProviderData store;
-  const auto add_station = [&store](const char* key) {
-    auto station = std::make_unique<CStation>();
-    station->key = key;
-    return store.AddStation(station) ? station == nullptr : station == nullptr;
-  };
-  const auto add_program = [&store](const char* key) {
-    auto program = std::make_unique<CProgram>();
-    program->key = key;
-    return store.AddProgram(program);
-  };
-  for (int round = 0; round < 2; ++round) {  // once more after Clear
+  for (int round = 0; round < 2; ++round) {  // again after Clear
     EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", store.GetStatistics().View());
     EXPECT_EQ(nullptr, store.GetStation(0));
-    EXPECT_EQ(nullptr, store.FindStation("one"));
-    EXPECT_EQ(nullptr, store.FindProgram("one"));
     EXPECT_TRUE(store.provider_id.IsEmpty() && store.base_time_text.IsEmpty());
-    for (const char* const key : {"one", "One", "two"}) EXPECT_TRUE(add_station(key));
-    EXPECT_FALSE(add_station("One"));
-    EXPECT_TRUE(add_program("one"));
-    EXPECT_FALSE(add_program("one"));
-    EXPECT_EQ(nullptr, store.FindProgram("One"));
-    EXPECT_EQ("one", store.FindProgram("one")->key.View());
+    for (const char* const key : {"one", "One", "one", "two"}) {
+      auto station = std::make_unique<CStation>();
+      auto program = std::make_unique<CProgram>();
+      station->key = program->key = key;
+      const bool is_new = store.FindStation(key) == nullptr;
+      EXPECT_EQ(is_new, store.AddStation(station));
+      EXPECT_EQ(is_new, store.AddProgram(program));
+      EXPECT_EQ(key, store.FindProgram(key)->key.View());
+    }
     EXPECT_EQ(store.GetStation(1), store.FindStation("One"));
-    EXPECT_EQ(nullptr, store.GetStation(3));
-    EXPECT_EQ(nullptr, store.GetStation(-1));
-
-    Time start = 5;
-    Time end = 6;
-    store.GetTimeRange(start, end);
-    EXPECT_EQ((std::pair{5, 6}), (std::pair{start, end}));
+    EXPECT_TRUE(store.GetStation(3) == nullptr && store.GetStation(-1) == nullptr);
+    std::pair<Time, Time> range = {5, 6};
+    store.GetTimeRange(range.first, range.second);
+    EXPECT_EQ((std::pair{5, 6}), range);
     Insert(*store.GetStation(1), 600, 2000);
     Insert(*store.GetStation(1), 700, 900);
     Insert(*store.GetStation(2), 500, 800);
-    store.GetTimeRange(start, end);
-    EXPECT_EQ((std::pair{500, 2000}), (std::pair{start, end}));
-    EXPECT_EQ("Stations: 3   Programmes: 1   Schedule Items: 3", store.GetStatistics().View());
+    store.GetTimeRange(range.first, range.second);
+    EXPECT_EQ((std::pair{500, 2000}), range);
+    EXPECT_EQ("Stations: 3   Programmes: 3   Schedule Items: 3", store.GetStatistics().View());
     store.provider_id = store.base_time_text = "set";
     store.Clear();
   }

@@ -1,0 +1,16 @@
+// A listings file of any format, through the driver.
+
+#include "fuzz/fuzz_support.h"
+#include "import/import_driver.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  ORVANE::MSTR status;
+  const auto store = ImportEPGFile(fuzz::MemoryFile(fuzz::View(data, size)), status, nullptr);
+  if (store == nullptr) {
+    fuzz::Check(status == "Can't identify content, don't know how to decode!",
+                "a failed load says so");
+  } else {
+    fuzz::CheckSchedule(*store);
+  }
+  return 0;
+}
