@@ -1,6 +1,9 @@
-// The streaming reader alone: units one by one, then whole trees.
+// The streaming reader alone: units one by one, held against a plain model, then whole trees.
 
+#include <cctype>
+#include <map>
 #include <string>
+#include <utility>
 
 #include "fuzz/fuzz_support.h"
 #include "xml/simple_xml_reader.h"
@@ -8,23 +11,109 @@
 
 namespace {
 
-// As text of the subset that the reader takes.
-std::string Element(std::string_view name, std::string_view value) {
-  return std::string("<") + std::string(name) + ">" + std::string(value) + "</" +
-         std::string(name) + ">";
+// "!" when a read failed; "/" for an end tag, "+" for an open element, "-" for any other unit.
+std::string Marks(bool result, bool open, bool end_tag) {
+  return (result ? std::string() : "!") + (end_tag ? '/' : open ? '+' : '-');
 }
 
-void ReadUnits(CSimpleXMLReader& reader, std::size_t size) {
-  CSafeNode node;
+// The next unit as "marks name@attribute:value{text}", what it lacks left out.
+std::string ReadUnit(CSimpleXMLReader& reader, CSafeNode& node) {
   bool open = false;
   bool end_tag = false;
-  std::size_t units = 0;
-  while (reader.ReadElement(node, open, end_tag)) {
-    ++units;
-    fuzz::Check(reader.Position() <= static_cast<std::int64_t>(size), "a reader stays in its file");
-    fuzz::Check(node.first_child == nullptr, "a unit has no children");
+  const bool result = reader.ReadElement(node, open, end_tag);
+  std::string unit = Marks(result, open, end_tag).append(node.name.View());
+  for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
+    unit.append("@").append(each->name.View()).append(":").append(each->value.View());
   }
-  fuzz::Check(units <= size, "every unit takes up a byte at least");
+  if (!node.value.IsEmpty()) unit.append("{").append(node.value.View()).append("}");
+  return unit;
+}
+
+// The reader's habits once more, put as plainly as can be.
+struct Model {
+  std::string_view bytes;
+  std::size_t at = 0;
+  std::string name = {}, attributes = {}, value = {};
+
+  static bool IsQuote(char c) { return c == '"' || c == '\''; }
+
+  void ParseTag(const std::string& tag) {
+    name = attributes = "";
+    bool quoted = false;
+    int token = 0;  // the element's name, then in turn an attribute's name and its value
+    for (const char c : tag) {
+      if (IsQuote(c)) quoted = !quoted;
+      if (!quoted && (c == ' ' || c == '=')) {
+        attributes += ++token % 2 == 1 ? '@' : ':';
+      } else if (token % 2 == 1 || token == 0 || !IsQuote(c)) {
+        (token == 0 ? name : attributes) += c;
+      }
+    }
+    if (token % 2 == 1) attributes += ':';
+  }
+
+  std::string Read() {
+    static const std::map<std::string, char> kEntities = {
+        {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+    std::string tag, text, entity;
+    int brackets = 0;
+    bool open = true, end_tag = false, in_tag = false, skipping = false, after_bracket = false;
+    bool in_entity = false, quoted = false, closing = false, parsed = false;
+    const auto unit = [&](bool result) {
+      return Marks(result, open, end_tag) + name + attributes +
+             (value.empty() ? "" : '{' + value + '}');
+    };
+    while (at < bytes.size()) {
+      const char c = bytes[at++];
+      if (in_entity && c != ';') {
+        entity += static_cast<char>(std::tolower(c));
+        continue;
+      }
+      if (std::exchange(in_entity, false)) {
+        const auto known = kEntities.find(std::exchange(entity, ""));
+        if (known != kEntities.end() && !(in_tag && skipping))
+          (in_tag ? tag : text) += known->second;
+        continue;
+      }
+      if (std::exchange(after_bracket, false)) {
+        const bool starts_skipping = c == '!' || c == '?';
+        if (brackets > 1 && !starts_skipping && c != '/') return at -= 2, unit(true);
+        if (starts_skipping) skipping = true, open = false;
+        if (c == '/') closing = true;
+      }
+      if (c == '&') {
+        in_entity = true;
+      } else if (c == '<') {
+        if (brackets++ == 1) value = text;
+        text = "";
+        after_bracket = in_tag = true;
+      } else if (!in_tag) {
+        text += c;
+      } else if (c == '/' && !quoted) {
+        open = false;
+      } else if (c == '>') {
+        if (parsed && tag != name) return unit(false);
+        if (!parsed) ParseTag(std::exchange(tag, "")), end_tag = closing;
+        parsed = true;
+        in_tag = false;
+        if (!open) return unit(true);
+      } else if (!skipping || c == '/') {
+        if (IsQuote(c)) quoted = !quoted;
+        tag += c;
+      }
+    }
+    return unit(false);
+  }
+};
+
+void CompareUnits(CSimpleXMLReader& reader, std::string_view text) {
+  Model model{text};
+  CSafeNode node;
+  while (model.at < text.size()) {
+    fuzz::Check(model.Read() == ReadUnit(reader, node), "a unit is the model's");
+    fuzz::Check(static_cast<std::int64_t>(model.at) == reader.Position(),
+                "a unit ends where the model's does");
+  }
 }
 
 void ReadTree(CSimpleXMLReader& reader) {
@@ -37,7 +126,7 @@ void ReadTree(CSimpleXMLReader& reader) {
 
 // A text, escaped and read again, is itself.
 void CheckEscape(std::string_view text) {
-  const std::string file = Element("a", XmlEscape(text).View());
+  const std::string file = "<a>" + std::string(XmlEscape(text).View()) + "</a>";
   CSimpleXMLReader reader;
   fuzz::Check(reader.Open(fuzz::MemoryFile(file), true, false, true), "the file opens");
   CSafeNode node;
@@ -54,7 +143,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   {
     CSimpleXMLReader reader;
     fuzz::Check(reader.Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
-    ReadUnits(reader, size);
+    CompareUnits(reader, text);
     ReadTree(reader);
   }
   CheckEscape(text);

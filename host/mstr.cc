@@ -28,7 +28,7 @@ void MSTR::Put(std::size_t kept, std::string_view text) {
   const bool on_heap = OnHeap();
   char* const storage = on_heap ? Pointer() : InlineText();
   const std::size_t length = kept + text.size();
-  std::memmove(storage + kept, text.data(), text.size());
+  if (!text.empty()) std::memmove(storage + kept, text.data(), text.size());
   storage[length] = '\0';
   if (on_heap) {
     Header()->length = static_cast<std::uint32_t>(length);

@@ -43,9 +43,8 @@ bool ToFileTime(const SystemTime& t, FileTime& time) {
 SystemTime FromFileTime(FileTime time) {
   const std::int64_t days = time / kTicksPerDay;
   const std::int64_t ticks = time % kTicksPerDay;
-  // The estimate is at most a year too late.
+  // The estimate is never too late, and a year too early at most.
   int year = kFirstYear + static_cast<int>(days * 400 / 146097);
-  if (DaysToYear(year) > days) --year;
   if (DaysToYear(year + 1) <= days) ++year;
   const int day_of_year = static_cast<int>(days - DaysToYear(year));
   int month = 12;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <iterator>
+#include <new>
 #include <string>
 
 #include "platform/calendar.h"
@@ -89,13 +90,16 @@ void MessageBoxA(const char* text, const char* caption, unsigned style) {
     overrides.message_box(text, caption, style);
     return;
   }
-  std::string shown = std::string("message box [") + caption + "]: ";
-  for (const char* at = text; *at != '\0'; ++at) {
-    shown += *at;
-    if (*at == '\n') shown += "  ";
+  try {
+    std::string shown = std::string("message box [") + caption + "]: ";
+    for (const char* at = text; *at != '\0'; ++at) {
+      shown += *at;
+      if (*at == '\n') shown += "  ";
+    }
+    shown += '\n';
+    std::fwrite(shown.data(), 1, shown.size(), stderr);
+  } catch (const std::bad_alloc&) {  // the box is lost; whoever shows it goes on
   }
-  shown += '\n';
-  std::fwrite(shown.data(), 1, shown.size(), stderr);
 }
 
 }  // namespace platform

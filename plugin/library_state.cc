@@ -1,8 +1,24 @@
 #include "plugin/library_state.h"
 
+#include <new>
+
 #include "browser/epg_browser.h"
 #include "plugin/epg_browser_mss.h"
 #include "schedule/program_details.h"
+
+namespace {
+
+// Null when there is no memory: the engine that calls a factory knows no exceptions of ours.
+template <typename Object>
+ORVANE::MOBJ* Make() {
+  try {
+    return new Object;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+}  // namespace
 
 // Set up from top to bottom when the library is loaded, taken down in the reverse order.
 
@@ -17,9 +33,7 @@ const ORVANE::MOBJ::SREC CEPGBrowser::MSS::_Record("CEPGBrowser::MSS",
                                                    []() -> ORVANE::MOBJ* { return Take(); });
 
 const ORVANE::MOBJ::SREC CEPGBrowser::CREATEPARAMS::_Record("CEPGBrowser::CREATEPARAMS",
-                                                            []() -> ORVANE::MOBJ* {
-                                                              return new CREATEPARAMS;
-                                                            });
+                                                            Make<CREATEPARAMS>);
 
 FieldTable field_table;
 

@@ -5,6 +5,7 @@
 #   scripts/setup.sh build     what building and running needs
 #   scripts/setup.sh test      and the tests
 #   scripts/setup.sh fuzz      and fuzzing: clang with its sanitizers
+#   scripts/setup.sh coverage  and measuring what the tests cover
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
@@ -13,10 +14,11 @@ case "${1:-build}" in
   build) ;;
   test) packages="$packages libgtest-dev libgmock-dev" ;;
   fuzz) packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev" ;;
+  coverage) packages="$packages libgtest-dev libgmock-dev gcovr" ;;
   check)
     packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
     ;;
-  *) echo "usage: $0 [build | test | fuzz | check]" >&2; exit 2 ;;
+  *) echo "usage: $0 [build | test | fuzz | coverage | check]" >&2; exit 2 ;;
 esac
 
 command_of() {

@@ -2,8 +2,9 @@
 # Builds the tests and runs them all.
 #
 #   scripts/test.sh          the release build
-#   scripts/test.sh --all    with both compilers and under the sanitizers, and the checks of
-#                            formatting and static analysis: what continuous integration runs
+#   scripts/test.sh --all    with both compilers and under the sanitizers, a little fuzzing, and the
+#                            checks of formatting and static analysis: what continuous
+#                            integration runs
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -26,6 +27,7 @@ case "${1:-}" in
     build_and_test release-clang
     build_and_test asan
     build_and_test tsan
+    scripts/fuzz.sh --runs 3000
     scripts/check-static.sh
     ;;
   *)

@@ -1,0 +1,187 @@
+// What becomes of loads and calls when memory runs out, or a file's reads misbehave. Stands in for
+// the C library's allocation and read; not built under a sanitizer, which does the same.
+
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "browser/epg_browser.h"
+#include "host/engine.h"
+#include "plugin/entry_points.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+std::atomic<long> allocations_left = -1;  // until one fails; negative: none does
+std::atomic<long> live_blocks = 0;
+std::atomic<long> reads_left = -1;  // until one fails; negative: none does
+std::atomic<std::size_t> longest_read = SIZE_MAX;
+
+bool Fails(std::atomic<long>& left) { return left.load() >= 0 && left.fetch_sub(1) == 0; }
+
+}  // namespace
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void __libc_free(void* block);
+
+void* malloc(std::size_t size) {
+  void* const block = Fails(allocations_left) ? nullptr : __libc_malloc(size);
+  if (block != nullptr) ++live_blocks;
+  return block;
+}
+void* calloc(std::size_t count, std::size_t size) {
+  void* const block = Fails(allocations_left) ? nullptr : __libc_calloc(count, size);
+  if (block != nullptr) ++live_blocks;
+  return block;
+}
+void* realloc(void* block, std::size_t size) {
+  void* const moved = Fails(allocations_left) ? nullptr : __libc_realloc(block, size);
+  if (moved != nullptr && block == nullptr) ++live_blocks;
+  return moved;
+}
+void free(void* block) {
+  if (block != nullptr) --live_blocks;
+  __libc_free(block);
+}
+ssize_t read(int file, void* buffer, std::size_t count) {
+  if (Fails(reads_left)) {
+    errno = EIO;
+    return -1;
+  }
+  return ::syscall(SYS_read, file, buffer, std::min(count, longest_read.load()));
+}
+}
+
+namespace {
+
+using ORVANE::MSTR;
+
+// A small good file in each of the formats.
+std::set<std::string> GoodFiles() {
+  std::set<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(EPG_LISTINGS_DIR)) {
+    if (entry.path().extension() == ".xml") files.insert(entry.path().string());
+  }
+  return files;
+}
+
+// Loads a file; its status text, or "" when there is a schedule.
+std::string Load(CEPGBrowser& browser, const std::string& path) {
+  MSTR status;
+  browser.LoadSchedule(MSTR(path), status, nullptr);
+  return browser.Schedule() == nullptr ? std::string(status.View()) : "";
+}
+
+constexpr const char* kUnknown = "Can't identify content, don't know how to decode!";
+
+TEST(MemoryRunsOut, AtAnyAllocationOfALoad) {
+  CEPGBrowser browser;
+  for (const std::string& path : GoodFiles()) {
+    SCOPED_TRACE(path);
+    const MSTR name(path);
+    ASSERT_EQ(Load(browser, path), "");
+    const auto stations = browser.Schedule()->GetStationCount();
+    int failed = 0;
+    for (long n = 0;; ++n) {
+      Load(browser, "/none");  // drops the schedule
+      const long before = live_blocks;
+      bool loaded = false;
+      bool enough = false;
+      {
+        MSTR status;
+        allocations_left = n;
+        browser.LoadSchedule(name, status, nullptr);
+        enough = allocations_left >= 0;
+        allocations_left = -1;
+        loaded = browser.Schedule() != nullptr;
+        if (!loaded) {
+          ++failed;
+          EXPECT_TRUE(status == "bad allocation" || status == kUnknown ||
+                      status.View().substr(0, 19) == "Failed to open file")
+              << n << ": " << status.Text();
+        }
+        Load(browser, "/none");
+      }
+      ASSERT_EQ(live_blocks, before) << "leaked at " << n;
+      if (enough) {
+        EXPECT_TRUE(loaded);
+        break;
+      }
+    }
+    RecordProperty(std::filesystem::path(path).stem().string(), failed);
+    EXPECT_GT(failed, 20);
+    EXPECT_EQ(Load(browser, path), "");
+    EXPECT_EQ(browser.Schedule()->GetStationCount(), stations);
+  }
+}
+
+TEST(MemoryRunsOut, AtAnyAllocationOfACall) {
+  static char logged[256];
+  const epg_test::TempFile file(
+      "<tv generator-info-name='XMLTV'><channel id='a'/>"
+      "<programme channel='a' start='2024'><title>A title that is long</title></programme></tv>");
+  Initialise();
+  {
+    const auto browser = ORVANE::CreateEntity("CEPGBrowser");
+    const auto instance = ORVANE::CreateInstance("EPGBROWSER");
+    ORVANE::Bind(*instance, browser.get());
+    ASSERT_EQ(Load(dynamic_cast<CEPGBrowser&>(*browser), file.Path()), "");
+    ORVANE::MLog.SetSink([](ORVANE::MLOG::TYPE type, std::string_view text) {
+      if (type == ORVANE::MLOG::ERROR) logged[text.copy(logged, sizeof logged - 1)] = '\0';
+    });
+    bool enough = false;
+    int failed = 0;
+    for (long n = 0; !enough; ++n) {
+      ORVANE::MSSEXEC call(instance.get(), "line");
+      call.AddArgument(0);
+      call.AddArgument(0);
+      call.AddArgument("$Title, [$Combination($Title)] and so on");
+      logged[0] = '\0';
+      allocations_left = n;
+      const bool done = ORVANE::CallMethod(call, "GetProgramData");
+      enough = allocations_left >= 0;
+      allocations_left = -1;
+      if (!done) ++failed;
+      EXPECT_STREQ(logged, done ? "" : "GetProgramData() : bad allocation");
+    }
+    EXPECT_GT(failed, 3);
+    ORVANE::MLog.SetSink({});
+  }
+  Release();
+}
+
+TEST(Reads, MayBeShortOrFail) {
+  CEPGBrowser browser;
+  for (const std::string& path : GoodFiles()) {
+    SCOPED_TRACE(path);
+    ASSERT_EQ(Load(browser, path), "");
+    const auto statistics = browser.Schedule()->GetStatistics();
+    for (const std::size_t length : {1U, 7U}) {
+      longest_read = length;
+      EXPECT_EQ(Load(browser, path), "");
+      EXPECT_EQ(browser.Schedule()->GetStatistics(), statistics);
+    }
+    bool enough = false;
+    for (long n = 0; !enough; ++n) {
+      reads_left = n;
+      const std::string status = Load(browser, path);
+      enough = reads_left >= 0;
+      reads_left = -1;
+      EXPECT_TRUE(status.empty() || status == kUnknown) << status;
+    }
+    longest_read = SIZE_MAX;
+  }
+}
+
+}  // namespace
