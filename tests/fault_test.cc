@@ -2,6 +2,7 @@
 // the C library's allocation and read; not built under a sanitizer, which does the same.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 
@@ -29,6 +31,8 @@ bool Fails(std::atomic<long>& left) { return left.load() >= 0 && left.fetch_sub(
 
 }  // namespace
 
+// Visible to the libraries too.
+#pragma GCC visibility push(default)
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -62,6 +66,7 @@ ssize_t read(int file, void* buffer, std::size_t count) {
   return ::syscall(SYS_read, file, buffer, std::min(count, longest_read.load()));
 }
 }
+#pragma GCC visibility pop
 
 namespace {
 
@@ -124,6 +129,30 @@ TEST(MemoryRunsOut, AtAnyAllocationOfALoad) {
     EXPECT_EQ(Load(browser, path), "");
     EXPECT_EQ(browser.Schedule()->GetStationCount(), stations);
   }
+}
+
+// Stations with dates that lie millennia apart have time indexes of a hundred megabytes of address
+// space each.
+TEST(MemoryRunsOut, ForATimeIndex) {
+  std::string listings = "<tv generator-info-name='XMLTV'>";
+  for (const char* const id : {"a", "b", "c", "d", "e", "f"}) {
+    listings += std::string("<channel id='") + id + "'/>";
+    for (const char* const start : {"1601", "5600"}) {
+      listings += std::string("<programme channel='") + id + "' start='" + start + "'/>";
+    }
+  }
+  const epg_test::TempFile file(listings + "</tv>");
+  CEPGBrowser browser;
+  rlimit limit = {};
+  ASSERT_EQ(::getrlimit(RLIMIT_AS, &limit), 0);
+  std::ifstream statistics("/proc/self/statm");
+  rlim_t pages_in_use = 0;
+  ASSERT_TRUE(statistics >> pages_in_use);
+  const rlimit tight = {pages_in_use * 4096 + (rlim_t{256} << 20), limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_AS, &tight), 0);
+  EXPECT_EQ(Load(browser, file.Path()), "bad allocation");
+  ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
+  EXPECT_EQ(Load(browser, file.Path()), "");
 }
 
 TEST(MemoryRunsOut, AtAnyAllocationOfACall) {
