@@ -25,11 +25,19 @@ constexpr const char* kHelp =
     "               ok, or failed. The engine's log goes to standard error.\n"
     "  --plugin     the plug-in to load (default: epgbrowser.so beside this program)\n"
     "\n"
-    "Exit status: 0 every call succeeded, 1 a call failed, 2 nothing was run.\n";
+    "Exit status: 0 every call succeeded, 1 a call failed or its result could not be\n"
+    "written, 2 nothing was run.\n";
 
 int Misused(const std::string& what) {
   std::fprintf(stderr, "epgshell: %s\n%s", what.c_str(), kUsage);
   return shell::kNotRun;
+}
+
+int Tell(const std::string& text) {
+  std::fputs(text.c_str(), stdout);
+  if (std::fflush(stdout) == 0) return shell::kAllDone;
+  std::fputs("epgshell: cannot write to standard output\n", stderr);
+  return shell::kCallFailed;
 }
 
 // The module beside this program.
@@ -46,21 +54,19 @@ int Main(const std::vector<std::string>& arguments) {
     const std::string& option = arguments[next];
     constexpr std::string_view kPluginIs = "--plugin=";
     if (option == "--help") {
-      std::fputs(kUsage, stdout);
-      std::fputs(kHelp, stdout);
-      return shell::kAllDone;
+      return Tell(std::string(kUsage) + kHelp);
     }
     if (option == "--version") {
-      std::puts("epgshell " EPG_VERSION);
-      return shell::kAllDone;
+      return Tell("epgshell " EPG_VERSION "\n");
     }
-    if (option.rfind(kPluginIs, 0) == 0) {
+    const bool joined = option.rfind(kPluginIs, 0) == 0;
+    if (!joined && option != "--plugin") return Misused("unknown option " + option);
+    if (joined) {
       plugin = option.substr(kPluginIs.size());
-    } else if (option == "--plugin" && next + 1 < arguments.size()) {
+    } else if (next + 1 < arguments.size()) {
       plugin = arguments[++next];
-    } else {
-      return Misused(option == "--plugin" ? "--plugin needs a file" : "unknown option " + option);
     }
+    if (plugin.empty()) return Misused("--plugin needs a file");
   }
   if (next == arguments.size()) return Misused("a command is missing");
   const std::string& command = arguments[next++];

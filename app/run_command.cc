@@ -16,20 +16,22 @@ namespace shell {
 
 namespace {
 
-bool ReadAll(std::FILE* file, std::string& text) {
+// 0, or the system's code of what went wrong.
+int ReadAll(std::FILE* file, std::string& text) {
   char block[64 * 1024];
   for (;;) {
+    errno = 0;
     const std::size_t count = std::fread(block, 1, sizeof block, file);
     text.append(block, count);
-    if (count == 0) return std::ferror(file) == 0;
+    if (count == 0) return std::ferror(file) != 0 ? errno : 0;
   }
 }
 
-bool ReadScript(const std::string& script, std::string& text) {
+int ReadScript(const std::string& script, std::string& text) {
   if (script == "-") return ReadAll(stdin, text);
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(script.c_str(), "rb"),
                                                              std::fclose);
-  return file != nullptr && ReadAll(file.get(), text);
+  return file != nullptr ? ReadAll(file.get(), text) : errno;
 }
 
 void Complain(const std::string& text) {
@@ -69,8 +71,8 @@ bool RunCall(Session& session, const Call& call, const std::string& place) {
 ExitStatus RunScript(const std::string& plugin_path, const std::string& script) {
   const std::string name = script == "-" ? "<stdin>" : script;
   std::string text;
-  if (!ReadScript(script, text)) {
-    Complain("epgshell: cannot read the script " + name + ": " + std::strerror(errno));
+  if (const int error = ReadScript(script, text); error != 0) {
+    Complain("epgshell: cannot read the script " + name + ": " + std::strerror(error));
     return kNotRun;
   }
   std::vector<Call> calls;

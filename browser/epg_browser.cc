@@ -13,23 +13,22 @@ using ORVANE::MSTR;
 CEPGBrowser::CEPGBrowser() = default;
 
 // The loader writes into the browser, so it goes before any field does.
-CEPGBrowser::~CEPGBrowser() { StopLoader(); }
-
-void CEPGBrowser::StopLoader() {
+CEPGBrowser::~CEPGBrowser() {
   if (const auto loader = loader_.Exchange(nullptr); loader != nullptr) loader->StopAndWait();
 }
 
 bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, const MSTR& name) {
-  StopLoader();
+  // There is a loader to be seen all the while: a script on another thread goes on waiting.
+  if (const auto earlier = loader_.Load(); earlier != nullptr) earlier->StopAndWait();
+  std::shared_ptr<CEPGLoaderThread> loader;
   try {
     MSTR file_name;
     file_name.Format("%s.xml", name.Text());
-    auto loader = std::make_shared<CEPGLoaderThread>(*this, file_name);
-    // Started before it can be seen: one that is seen and not active has ended.
-    loader->Start();
-    loader_.Exchange(std::move(loader));
+    loader = std::make_shared<CEPGLoaderThread>(*this, file_name);
   } catch (const std::bad_alloc&) {  // without a loader, nothing is started
   }
+  loader_.Exchange(loader);
+  if (loader != nullptr && !loader->Start()) schedule_.Exchange(nullptr);
   return true;
 }
 
@@ -57,7 +56,7 @@ void CEPGBrowser::LoadSchedule(const MSTR& file_name, MSTR& status_text,
 void CEPGBrowser::Think(std::uint32_t tick) {
   ENTITY::Think(tick);
   auto loader = loader_.Load();
-  if (loader != nullptr && !loader->Active()) FinishLoad(std::move(loader));
+  if (loader != nullptr && loader->Ended()) FinishLoad(std::move(loader));
 }
 
 void CEPGBrowser::FinishLoad(std::shared_ptr<CEPGLoaderThread> ended) {

@@ -59,7 +59,6 @@ class CEPGBrowser : public ORVANE::ENTITY {
 
  private:
   void FinishLoad(std::shared_ptr<CEPGLoaderThread> ended);
-  void StopLoader();
 
   CSharedSlot<CProviderData> schedule_;
   CSharedSlot<CEPGLoaderThread> loader_;

@@ -13,7 +13,15 @@ bool CEPGLoaderThread::SetProgress(std::int32_t /*position*/) { return !CheckSto
 
 void CEPGLoaderThread::Run() { owner_.LoadSchedule(file_name_, status_text_, this); }
 
+bool CEPGLoaderThread::Start() {
+  const bool started = MTHREAD::Start();
+  if (!started) status_text_ = "The listings cannot be loaded: there is no thread to be had.";
+  begun_ = true;
+  return started;
+}
+
 void CEPGLoaderThread::StopAndWait() {
+  abandoned_ = true;
   if (!Active()) return;
   Stop();
   while (Active()) std::this_thread::yield();

@@ -4,6 +4,7 @@
 // Threads: the owner's thread starts, polls, stops and destroys; `Run` is on the loader's own.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <utility>
 
@@ -25,9 +26,15 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
 
   void Run() override;
 
-  // Returns once the thread is not active; it is asked to stop if it is. There is no time limit:
-  // an import that never asks whether to go on runs to its end.
+  // Runs the load. False when there is no thread to be had; the status text then says so.
+  bool Start() override;
+
+  // Asks for the end of the load and waits for it; nobody adopts it from then on. There is no time
+  // limit: an import that never asks whether to go on runs to its end.
   void StopAndWait();
+
+  // The load has begun and ended, and is to be adopted. [any]
+  bool Ended() const { return begun_.load() && !abandoned_.load() && !Active(); }
 
   // The importer's summary, or why there is no schedule. REQUIRES: the load has ended.
   ORVANE::MSTR TakeStatusText() { return std::move(status_text_); }
@@ -36,4 +43,6 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
   const ORVANE::MSTR file_name_;
   CEPGBrowser& owner_;
   ORVANE::MSTR status_text_;  // the loader's thread's alone until it has ended
+  std::atomic<bool> begun_ = false;
+  std::atomic<bool> abandoned_ = false;
 };

@@ -9,7 +9,7 @@ namespace {
 // Both need no set-up at run time, so records of any library find them ready, whatever the order
 // in which static objects are made, and still there when the last record goes.
 constinit std::mutex registry_mutex;
-constinit MOBJ::SREC* registry_head = nullptr;
+constinit const MOBJ::SREC* registry_head = nullptr;
 }  // namespace
 
 MOBJ::SREC::SREC(const char* class_name, FACTORY factory)
@@ -21,7 +21,7 @@ MOBJ::SREC::SREC(const char* class_name, FACTORY factory)
 
 MOBJ::SREC::~SREC() {
   const std::lock_guard lock(registry_mutex);
-  SREC** link = &registry_head;
+  const SREC** link = &registry_head;
   while (*link != this) link = &(*link)->next_;
   *link = next_;
 }

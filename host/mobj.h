@@ -33,7 +33,7 @@ class ORVANE_API MOBJ {
    private:
     const char* const class_name_;
     const FACTORY factory_;
-    SREC* next_ = nullptr;
+    mutable const SREC* next_ = nullptr;  // in the registry, whose lock guards it
   };
 
   MOBJ() = default;

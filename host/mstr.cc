@@ -116,13 +116,13 @@ void MSTR::Replace(std::string_view from, std::string_view to) {
   Swap(result);
 }
 
-std::uint32_t MSTR::IdOf(std::string_view text) {
+std::uint32_t MSTR::Id() const {
   // Eight bytes a step; the last step's multiplications and shifts spread every input bit over
   // the whole result, so that sums of values of near-equal texts stay apart.
   constexpr std::uint64_t kStep = 0x9FB21C651E98DF25u;
   constexpr std::uint64_t kMix = 0xD6E8FEB86659FD93u;
-  const char* at = text.data();
-  std::size_t left = text.size();
+  const char* at = Text();
+  std::size_t left = Length();
   std::uint64_t hash = left * kMix + 0x2545F4914F6CDD1Du;
   const auto take = [&hash](std::uint64_t word) {
     hash = (hash ^ word) * kStep;

@@ -113,8 +113,7 @@ class ORVANE_API MSTR {
 
   // A hash of the characters alone. Callers add several of them to make a key, so every bit of a
   // value depends on every character.
-  std::uint32_t Id() const { return IdOf(View()); }
-  static std::uint32_t IdOf(std::string_view text);
+  std::uint32_t Id() const;
 
   friend bool operator==(const MSTR& a, const MSTR& b) { return a.View() == b.View(); }
   friend bool operator==(const MSTR& a, std::string_view b) { return a.View() == b; }

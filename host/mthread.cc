@@ -16,13 +16,15 @@ MTHREAD::~MTHREAD() {
 
 bool MTHREAD::CheckStop() const { return stop_.load(std::memory_order_acquire); }
 
-void MTHREAD::Start() {
+bool MTHREAD::Start() {
   active_.store(true, std::memory_order_release);
   try {
     thread_ = std::thread(&MTHREAD::Body, this);
+    return true;
   } catch (const std::exception& error) {
     active_.store(false, std::memory_order_release);
     MLog.Log(MLOG::ERROR, "A thread cannot be started: %s", error.what());
+    return false;
   }
 }
 

@@ -35,9 +35,9 @@ class ORVANE_API MTHREAD : public MOBJ {
   virtual void Run() = 0;
   // True once Stop has been called.
   virtual bool CheckStop() const;
-  // Runs the body on a new thread; once in an object's life. Without a thread to be had, an error
-  // is logged and `Active` stays false.
-  virtual void Start();
+  // Runs the body on a new thread; once in an object's life. False when there is no thread to be
+  // had: an error is logged, and `Active` stays false.
+  virtual bool Start();
   // Asks the body to end; returns at once.
   virtual void Stop();
 

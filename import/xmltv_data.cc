@@ -38,6 +38,11 @@ void SetItemMarker(MXML::NODE& /*node*/, CScheduleItem& item, CProgram& /*progra
   item.*kMarker = kSet;
 }
 
+// `path` stands before the name.
+void LogUnknown(const char* path, const MXML::NODE& node) {
+  MLog.Log("Unknown XMLTV data element: %s%s", path, node.name.Text());
+}
+
 // Reads every child of a node by a table; one that is not in it is logged with `path` before its
 // name.
 template <std::size_t kCount>
@@ -54,7 +59,7 @@ void ReadElements(const Element (&elements)[kCount], const char* path, MXML::NOD
     if (found != nullptr) {
       found->read(*child, item, program);
     } else {
-      MLog.Log("Unknown XMLTV data element: %s%s", path, child->name.Text());
+      LogUnknown(path, *child);
     }
   }
 }
@@ -84,16 +89,22 @@ void ReadCredits(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
   ReadElements(kElements, "credits->", node, item, program);
 }
 
-void ReadOtherRating(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
-  item.rating_other.Format("%s rating: %s", node.parent->GetAttribute("system").Text(),
-                           node.value.Text());
-}
-
 void ReadRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
-  static constexpr Element kBBFC[] = {{"value", TakeProgramText<&CProgram::rating_bbfc>}};
-  static constexpr Element kOther[] = {{"value", ReadOtherRating}};
-  const bool bbfc = node.GetAttribute("system") == "BBFC";
-  ReadElements(bbfc ? kBBFC : kOther, "rating->", node, item, program);
+  MXML::NODE* value = nullptr;  // the last one wins
+  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+    if (child->name == "value") {
+      value = child;
+    } else {
+      LogUnknown("rating->", *child);
+    }
+  }
+  if (value == nullptr) return;
+  const MSTR system = node.GetAttribute("system");
+  if (system == "BBFC") {
+    program.rating_bbfc = std::move(value->value);
+  } else {
+    item.rating_other.Format("%s rating: %s", system.Text(), value->value.Text());
+  }
 }
 
 void ReadStarRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {

@@ -26,8 +26,7 @@ CInstancePool instance_pool;
 
 ORVANE::MREFOBJREF module_holder;
 
-const ORVANE::MOBJ::SREC CEPGBrowser::_Record("CEPGBrowser",
-                                              []() -> ORVANE::MOBJ* { return new CEPGBrowser; });
+const ORVANE::MOBJ::SREC CEPGBrowser::_Record("CEPGBrowser", Make<CEPGBrowser>);
 
 const ORVANE::MOBJ::SREC CEPGBrowser::MSS::_Record("CEPGBrowser::MSS",
                                                    []() -> ORVANE::MOBJ* { return Take(); });

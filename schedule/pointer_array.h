@@ -12,10 +12,14 @@
 #include "host/mstr.h"
 
 // Invariants:
-// 1. 0 <= count <= capacity; the storage has room for `front_` entries before the first one and
-//    for `capacity_` from it on.
-// 2. Every entry of the storage that is not in use is null. Large storage comes from the system as
-//    untouched zero pages, so that a table of a million empty entries costs next to no memory.
+// 1. 0 <= count <= capacity <= room; the storage has space for `front_` entries before the first
+// one
+//    and for `room_` from it on.
+// 2. Every entry of the storage that is not in use is null.
+//
+// A station with one date that is centuries off has a table of a million empty entries. So beyond a
+// page, storage is fresh memory, which the system hands out as untouched zero pages; growing copies
+// nothing but the entries that are set; and it grows by half at least, however little is asked for.
 template <typename T>
 class CPointerArray {
  public:
@@ -43,10 +47,14 @@ class CPointerArray {
     if (size == 0) {
       std::free(storage_);
       storage_ = nullptr;
-      count_ = capacity_ = front_ = 0;
+      count_ = capacity_ = front_ = room_ = 0;
       return;
     }
-    if (size > capacity_) Grow(0, static_cast<std::int64_t>(size) + grow_by_);
+    if (size > capacity_) {
+      const std::int64_t capacity = static_cast<std::int64_t>(size) + grow_by_;
+      if (capacity > room_) Grow(0, capacity);
+      capacity_ = static_cast<std::int32_t>(capacity);
+    }
     if (size < count_) std::fill(begin() + size, end(), nullptr);
     count_ = size;
   }
@@ -56,15 +64,12 @@ class CPointerArray {
     (*this)[count_ - 1] = entry;
   }
 
-  // Moves every entry up by `added` positions and puts null entries before them, in one step. Room
-  // in front grows with the array, so that many small additions cost no more than their sum.
+  // Moves every entry up by `added` positions and puts null entries before them, in one step.
   void AddFront(std::int64_t added) {
-    if (added > front_) {
-      const std::int64_t spare = std::max<std::int64_t>(grow_by_, count_ / 2);
-      Grow(added - front_ + spare, capacity_);
-    }
+    if (added > front_) Grow(added - front_ + std::max(grow_by_, count_ / 2), capacity_);
     const auto taken = static_cast<std::int32_t>(added);
     front_ -= taken;
+    room_ += taken;
     capacity_ += taken;
     count_ += taken;
   }
@@ -76,19 +81,22 @@ class CPointerArray {
   }
 
  private:
-  // Beyond so many entries at once, a fresh zeroed block is asked for and only entries that are
-  // set are copied, so that neither block's empty pages become real memory.
-  static constexpr std::int64_t kManyEntries = 65536;
+  // A page of them.
+  static constexpr std::int64_t kManyEntries = 512;
 
+  // Makes space for `more_front` entries more before the first one, and for `capacity` from it on.
   void Grow(std::int64_t more_front, std::int64_t capacity) {
+    const std::int64_t old_total = std::int64_t{front_} + room_;
     const std::int64_t front = front_ + more_front;
-    const std::int64_t total = front + capacity;
-    const std::int64_t old_total = static_cast<std::int64_t>(front_) + capacity_;
+    std::int64_t room = std::max<std::int64_t>(capacity, room_);
+    const bool many = front + room > kManyEntries;
+    if (many && capacity > room_) room = std::max(room, room_ + std::int64_t{room_} / 2);
+    const std::int64_t total = front + room;
     if (total > std::numeric_limits<std::int32_t>::max()) throw ORVANE::MBADALLOC();
+    const auto bytes = static_cast<std::size_t>(total) * sizeof(T*);
     T** grown = nullptr;
-    if (more_front == 0 && total - old_total < kManyEntries) {
-      grown = static_cast<T**>(
-          std::realloc(static_cast<void*>(storage_), static_cast<std::size_t>(total) * sizeof(T*)));
+    if (more_front == 0 && !many) {
+      grown = static_cast<T**>(std::realloc(static_cast<void*>(storage_), bytes));
       if (grown == nullptr) throw ORVANE::MBADALLOC();
       std::fill(grown + old_total, grown + total, nullptr);
     } else {
@@ -101,7 +109,7 @@ class CPointerArray {
     }
     storage_ = grown;
     front_ = static_cast<std::int32_t>(front);
-    capacity_ = static_cast<std::int32_t>(capacity);
+    room_ = static_cast<std::int32_t>(room);
   }
 
   std::int32_t count_ = 0;
@@ -109,4 +117,5 @@ class CPointerArray {
   const std::int32_t grow_by_;
   T** storage_ = nullptr;  // Owned.
   std::int32_t front_ = 0;
+  std::int32_t room_ = 0;
 };

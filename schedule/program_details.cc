@@ -293,7 +293,8 @@ class CExpansion {
 
 void FillFieldTable() {
   if (!field_table.empty()) return;
-  field_table = {
+  // Made whole first, so that running out of memory leaves it empty.
+  field_table = FieldTable{
       {"Combination", ReadCombination},
       {"Flags", ReadFlags},
       {"Time", ReadTime},
@@ -323,7 +324,7 @@ void FillFieldTable() {
 
 void FillStationFieldTable() {
   if (!station_field_table.empty()) return;
-  station_field_table = {
+  station_field_table = StationFieldTable{
       {"Network", [](const CStation& station) -> const MSTR& { return station.network; }},
       {"CallSign", [](const CStation& station) -> const MSTR& { return station.call_sign; }},
   };

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/mstr.h"
+#include "schedule/key_hash.h"
 
 // `Record` has a text `key`.
 //
@@ -34,14 +34,14 @@ class CRecordMap {
 
   // Null when there is none.
   Record* Find(std::string_view key) const {
-    return records_.empty() ? nullptr : records_[PlaceOf(key, ORVANE::MSTR::IdOf(key))];
+    return records_.empty() ? nullptr : records_[PlaceOf(key, HashOf(key))];
   }
 
   // True: the map has taken the record, and `record` is empty. False: one of that key is there
   // already.
   bool Add(std::unique_ptr<Record>& record) {
     if (count_ * 4 >= records_.size() * 3) Grow();
-    const std::uint32_t hash = record->key.Id();
+    const std::uint32_t hash = HashOf(record->key.View());
     const std::size_t place = PlaceOf(record->key.View(), hash);
     if (records_[place] != nullptr) return false;
     hashes_[place] = hash;
@@ -58,6 +58,11 @@ class CRecordMap {
   }
 
  private:
+  // The half of it is enough for as many places as there can be.
+  static std::uint32_t HashOf(std::string_view key) {
+    return static_cast<std::uint32_t>(KeyHash(key));
+  }
+
   // Where the record of that key stands, or would.
   std::size_t PlaceOf(std::string_view key, std::uint32_t hash) const {
     const std::size_t mask = records_.size() - 1;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -94,6 +95,18 @@ TEST(HostileFile, SpansMillenniaOnAHundredStations) {
     }
   }
   EXPECT_EQ(Import(file + "</tv>"), "Stations: 100   Programmes: 1   Schedule Items: 300");
+}
+
+// Each start makes the station's table grow by many empty entries.
+TEST(HostileFile, StridesThroughTheCenturies) {
+  for (const std::int64_t stride : {65'000 * 180, 65'538 * 180}) {
+    std::string file = kCache + std::string("<StationList><Station><Schedule>");
+    for (std::int64_t start = -2147483000; start < 2147483000; start += stride) {
+      file += "<Item><f1>" + std::to_string(start) + "</f1></Item>";
+    }
+    file += "</Schedule></Station></StationList></ProviderData>";
+    EXPECT_EQ(Import(file).substr(0, 11), "Stations: 1");
+  }
 }
 
 // A small good file in each of the formats, cut at every byte.
