@@ -126,6 +126,12 @@ long PeakMemory() {
   return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
+#if defined(__SANITIZE_THREAD__)
+constexpr bool kMemoryIsOurs = false;  // there is a shadow of all that is looked at
+#else
+constexpr bool kMemoryIsOurs = true;
+#endif
+
 TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
   std::vector dates = {Time{0}, At("20:15"), Time{INT32_MAX - 60}};
   CStation stations[100];
@@ -135,7 +141,7 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
     for (const Time date : dates) Insert(station, date, date + 60);
     Insert(station, At("12:00"), At("13:00"));
     EXPECT_EQ(At("12:00"), StartOf(station.FindFirstProgram(At("12:30"), At("13:00"))));
-    ASSERT_LT(PeakMemory() - before, 1'000'000);
+    ASSERT_TRUE(!kMemoryIsOurs || PeakMemory() - before < 1'000'000);
   }
 }
 
