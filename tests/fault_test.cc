@@ -27,7 +27,11 @@ std::atomic<long> live_blocks = 0;
 std::atomic<long> reads_left = -1;  // until one fails; negative: none does
 std::atomic<std::size_t> longest_read = SIZE_MAX;
 
-bool Fails(std::atomic<long>& left) { return left.load() >= 0 && left.fetch_sub(1) == 0; }
+bool Fails(std::atomic<long>& left, int error) {
+  if (left.load() < 0 || left.fetch_sub(1) != 0) return false;
+  errno = error;
+  return true;
+}
 
 }  // namespace
 
@@ -40,17 +44,17 @@ void* __libc_realloc(void* block, std::size_t size);
 void __libc_free(void* block);
 
 void* malloc(std::size_t size) {
-  void* const block = Fails(allocations_left) ? nullptr : __libc_malloc(size);
+  void* const block = Fails(allocations_left, ENOMEM) ? nullptr : __libc_malloc(size);
   if (block != nullptr) ++live_blocks;
   return block;
 }
 void* calloc(std::size_t count, std::size_t size) {
-  void* const block = Fails(allocations_left) ? nullptr : __libc_calloc(count, size);
+  void* const block = Fails(allocations_left, ENOMEM) ? nullptr : __libc_calloc(count, size);
   if (block != nullptr) ++live_blocks;
   return block;
 }
 void* realloc(void* block, std::size_t size) {
-  void* const moved = Fails(allocations_left) ? nullptr : __libc_realloc(block, size);
+  void* const moved = Fails(allocations_left, ENOMEM) ? nullptr : __libc_realloc(block, size);
   if (moved != nullptr && block == nullptr) ++live_blocks;
   return moved;
 }
@@ -59,10 +63,7 @@ void free(void* block) {
   __libc_free(block);
 }
 ssize_t read(int file, void* buffer, std::size_t count) {
-  if (Fails(reads_left)) {
-    errno = EIO;
-    return -1;
-  }
+  if (Fails(reads_left, EIO)) return -1;
   return ::syscall(SYS_read, file, buffer, std::min(count, longest_read.load()));
 }
 }
@@ -187,6 +188,24 @@ TEST(MemoryRunsOut, AtAnyAllocationOfACall) {
     EXPECT_GT(failed, 3);
     ORVANE::MLog.SetSink({});
   }
+  Release();
+}
+
+TEST(MemoryRunsOut, AtAnyAllocationOfAnEntityAndItsLoad) {
+  const epg_test::FakePlatform platform;  // keeps message boxes quiet
+  Initialise();
+  int refused = 0;
+  bool enough = false;
+  for (long n = 0; !enough; ++n) {
+    allocations_left = n;
+    const auto entity = ORVANE::CreateEntity("CEPGBrowser");
+    auto* const browser = dynamic_cast<CEPGBrowser*>(entity.get());
+    if (browser == nullptr) ++refused;
+    EXPECT_TRUE(browser == nullptr || browser->InitSchedule("", "", "none"));
+    enough = allocations_left >= 0;
+    allocations_left = -1;
+  }
+  EXPECT_GT(refused, 1);
   Release();
 }
 
