@@ -1,7 +1,5 @@
 #include "platform/calendar.h"
 
-#include <algorithm>
-
 namespace platform {
 
 namespace {

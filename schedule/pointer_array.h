@@ -30,7 +30,6 @@ class CPointerArray {
 
   std::int32_t Count() const { return count_; }
   std::int32_t Capacity() const { return capacity_; }
-  bool IsEmpty() const { return count_ == 0; }
 
   // REQUIRES: 0 <= index < Count().
   T*& operator[](std::int32_t index) { return begin()[index]; }

@@ -90,7 +90,19 @@ void ReadCombination(const CScheduleItem& item, std::string_view argument, MSTR&
   out += ExpandTemplate(item, argument, false);
 }
 
-void AppendNotFound(std::string_view name, std::string_view argument, MSTR& out) {
+// Null for a name that is not in the table.
+FieldReader FindReader(std::string_view name) {
+  const auto found = field_table.find(name);
+  return found != field_table.end() ? found->second : nullptr;
+}
+
+// Appends a field's value by its reader, or what stands for a name without one.
+void AppendField(FieldReader reader, const CScheduleItem& item, std::string_view name,
+                 std::string_view argument, MSTR& out) {
+  if (reader != nullptr) {
+    reader(item, argument, out);
+    return;
+  }
   out += "[Not Found! (";
   out += name;
   out += ':';
@@ -198,8 +210,8 @@ class CExpansion {
       if (levels_.back().preceding_text) result_ += argument;
       return;
     }
-    const auto reader = field_table.find(name);
-    if (reader != field_table.end() && reader->second == ReadCombination) {
+    const FieldReader reader = FindReader(name);
+    if (reader == ReadCombination) {
       const std::size_t continuation = at_;
       in_argument_ = true;
       Open(Level::Kind::kTemplate, argument_end, false);
@@ -209,11 +221,7 @@ class CExpansion {
       return;
     }
     const std::uint32_t before = result_.Length();
-    if (reader != field_table.end()) {
-      reader->second(item_, argument, result_);
-    } else {
-      AppendNotFound(name, argument, result_);
-    }
+    AppendField(reader, item_, name, argument, result_);
     TakeValue(before, test_only);
   }
 
@@ -332,12 +340,7 @@ void FillStationFieldTable() {
 
 MSTR GetField(const CScheduleItem& item, std::string_view name, std::string_view argument) {
   MSTR value;
-  const auto reader = field_table.find(name);
-  if (reader != field_table.end()) {
-    reader->second(item, argument, value);
-  } else {
-    AppendNotFound(name, argument, value);
-  }
+  AppendField(FindReader(name), item, name, argument, value);
   return value;
 }
 
