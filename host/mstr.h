@@ -1,14 +1,15 @@
 // The engine's text: 8-bit characters, counted and NUL-terminated, never null.
 //
 // Units: lengths and positions are bytes.
-// Ownership: a text owns its characters; a view or pointer that it returns lives until the text is
-//   changed or destroyed.
+// Ownership: a text owns its characters, but for placed ones (see `Placed`); a view or pointer that
+//   it returns lives until the text is changed or destroyed.
 // Threads: like any value: readers may share one, a writer needs it alone.
 // Errors: a text that cannot grow throws MBADALLOC and stays as it was.
 #pragma once
 
 #include <bit>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -28,15 +29,15 @@ class ORVANE_API MBADALLOC : public std::bad_alloc {
 
 // A schedule holds millions of texts, most of them empty or a few characters long. So a text is one
 // word beside its virtual table: a pointer to the characters, which have length and capacity in
-// front of them, or, for up to six characters, the characters themselves. Nothing but longer texts
-// is on the heap.
+// front of them, or, for up to six characters, the characters themselves. Longer texts are on the
+// heap, or stand in storage that a maker of many texts has placed them in.
 class ORVANE_API MSTR {
  public:
   struct HEADER {
     std::uint32_t length;
     std::uint32_t capacity;
   };
-  struct NULLSTRING {
+  struct alignas(8) NULLSTRING {
     HEADER header;
     char characters[8];
   };
@@ -46,12 +47,32 @@ class ORVANE_API MSTR {
   // No text grows beyond this many bytes.
   static constexpr std::uint32_t kMaxLength = 0x3fffffff;
 
-  MSTR() noexcept { Point(Null()); }
+  MSTR() noexcept : word_(Null()) {}
   MSTR(const char* text) : MSTR(std::string_view(text != nullptr ? text : "")) {}
   MSTR(std::string_view text) : MSTR() { Assign(text); }
   MSTR(const MSTR& other) : MSTR() { Assign(other.View()); }
+  // A text moved from holds what the other one held before, to be used again.
   MSTR(MSTR&& other) noexcept : MSTR() { Swap(other); }
   virtual ~MSTR() { Free(); }
+
+  // A text that does not own its characters: they stand in `storage`, PlacedBytes of them, aligned
+  // to 8, and the text must not outlive it. Copies and changed texts own theirs as ever. Short
+  // texts need no storage.
+  static std::size_t PlacedBytes(std::size_t length) {
+    return length <= kInlineLength ? 0 : (sizeof(HEADER) + length + 1 + 7) / 8 * 8;
+  }
+  // Throws MBADALLOC for a text that is too long.
+  static MSTR Placed(std::string_view text, void* storage);
+  // A second text on the characters of a placed one; of any other text a copy.
+  MSTR Alias() const {
+    MSTR alias;
+    if (OnHeap()) {
+      alias.Assign(View());
+    } else {
+      alias.word_ = word_;
+    }
+    return alias;
+  }
 
   MSTR& operator=(const char* text) {
     Assign(text != nullptr ? text : "");
@@ -71,7 +92,7 @@ class ORVANE_API MSTR {
   }
 
   const char* Text() const { return IsInline() ? InlineText() : Pointer(); }
-  std::uint32_t Length() const { return IsInline() ? word_[0] >> 1 : Header()->length; }
+  std::uint32_t Length() const { return IsInline() ? InlineLength() : Header()->length; }
   bool IsEmpty() const { return Length() == 0; }
   std::string_view View() const { return {Text(), Length()}; }
 
@@ -101,6 +122,18 @@ class ORVANE_API MSTR {
   // Cuts the text to its first `length` bytes; a shorter text stays as it is.
   void Truncate(std::uint32_t length);
 
+  // Empties the text for the next one to come and keeps its storage, unless that is large.
+  void Reset() {
+    if (!OnHeap()) {
+      word_ = Null();
+    } else {
+      ResetHeap();
+    }
+  }
+
+  // Makes room for `capacity` bytes.
+  void Reserve(std::size_t capacity);
+
   // Replaces the contents by printf-style output. The arguments may point into this text.
   void Format(const char* format, ...) ORVANE_PRINTF(2, 3);
   void FormatList(const char* format, std::va_list arguments) ORVANE_PRINTF(2, 0);
@@ -120,39 +153,33 @@ class ORVANE_API MSTR {
   friend bool operator==(const MSTR& a, const char* b) { return a.View() == b; }
 
  private:
-  // The inline form: the first byte holds the length and, in the lowest bit, a mark that no pointer
-  // has there; then the characters and a NUL.
+  // The word's lowest bits tell its forms apart: characters that a pointer leads to are aligned.
+  static constexpr std::uintptr_t kIsInline = 1;    // a byte with the length, characters and a NUL
+  static constexpr std::uintptr_t kIsBorrowed = 2;  // a pointer to characters of somebody else's
   static constexpr std::uint32_t kInlineLength =
-      std::endian::native == std::endian::little && sizeof(char*) == 8 ? 6 : 0;
+      std::endian::native == std::endian::little && sizeof(std::uintptr_t) == 8 ? 6 : 0;
 
-  static char* Null() { return const_cast<char*>(_NullString.characters); }
-
-  bool IsInline() const { return kInlineLength != 0 && (word_[0] & 1) != 0; }
-  char* InlineText() { return reinterpret_cast<char*>(word_ + 1); }
-  const char* InlineText() const { return reinterpret_cast<const char*>(word_ + 1); }
-
-  char* Pointer() const {
-    char* text = nullptr;
-    std::memcpy(&text, word_, sizeof text);
-    return text;
+  static std::uintptr_t Null() {
+    return reinterpret_cast<std::uintptr_t>(_NullString.characters) | kIsBorrowed;
   }
-  void Point(char* text) { std::memcpy(word_, &text, sizeof text); }
+
+  bool IsInline() const { return (word_ & kIsInline) != 0; }
+  std::uint32_t InlineLength() const { return static_cast<std::uint32_t>(word_ & 0xff) >> 1; }
+  char* InlineText() { return reinterpret_cast<char*>(&word_) + 1; }
+  const char* InlineText() const { return reinterpret_cast<const char*>(&word_) + 1; }
 
   // Of a text that is not inline.
-  HEADER* Header() { return reinterpret_cast<HEADER*>(Pointer()) - 1; }
-  const HEADER* Header() const { return reinterpret_cast<const HEADER*>(Pointer()) - 1; }
-  bool OnHeap() const { return !IsInline() && Pointer() != Null(); }
+  char* Pointer() const { return reinterpret_cast<char*>(word_ & ~kIsBorrowed); }
+  HEADER* Header() const { return reinterpret_cast<HEADER*>(Pointer()) - 1; }
+
+  bool OnHeap() const { return (word_ & (kIsInline | kIsBorrowed)) == 0; }
   std::uint32_t Capacity() const { return OnHeap() ? Header()->capacity : kInlineLength; }
 
   void Free() {
     if (OnHeap()) std::free(Header());
   }
-  void Swap(MSTR& other) noexcept {
-    unsigned char word[sizeof word_];
-    std::memcpy(word, word_, sizeof word_);
-    std::memcpy(word_, other.word_, sizeof word_);
-    std::memcpy(other.word_, word, sizeof word_);
-  }
+  void ResetHeap();
+  void Swap(MSTR& other) noexcept { std::swap(word_, other.word_); }
   // Fresh heap storage for `capacity` characters; length and characters are the caller's to set.
   static char* Allocate(std::size_t capacity);
   // Takes fresh storage that holds `length` characters in place of what there was.
@@ -160,7 +187,7 @@ class ORVANE_API MSTR {
   // Writes `text` behind the first `kept` characters and ends there. REQUIRES: it fits.
   void Put(std::size_t kept, std::string_view text);
 
-  alignas(char*) unsigned char word_[sizeof(char*)];  // Owned, where it points to the heap.
+  std::uintptr_t word_;  // Owned, where it points to the heap.
 };
 
 static_assert(sizeof(MSTR) <= 24);

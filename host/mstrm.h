@@ -34,10 +34,9 @@ class ORVANE_API MBUFFER {
   // Readers ask for one byte at a time, so the path through the window stands here, where a
   // caller that knows the final class has it inlined.
   virtual int Read(void* buffer, int count) {
-    if (count > 0 && limit_ - next_ >= count) [[likely]] {
-      std::memcpy(buffer, next_, static_cast<std::size_t>(count));
-      next_ += count;
-      return count;
+    if (count == 1 && next_ != limit_) [[likely]] {
+      *static_cast<char*>(buffer) = *next_++;
+      return 1;
     }
     return ReadAcross(buffer, count);
   }

@@ -33,26 +33,18 @@ const MXML::ATTRIB* MXML::NODE::FindAttribute(std::string_view wanted) const {
   return attribute;
 }
 
-MSTR MXML::NODE::GetAttribute(std::string_view wanted) const {
+const MSTR& MXML::NODE::AttributeValue(std::string_view wanted) const {
+  static const MSTR empty;
   const ATTRIB* const attribute = FindAttribute(wanted);
-  return attribute != nullptr ? attribute->value : MSTR();
+  return attribute != nullptr ? attribute->value : empty;
 }
+
+MSTR MXML::NODE::GetAttribute(std::string_view wanted) const { return AttributeValue(wanted); }
 
 int MXML::NODE::GetAttributeAsInt(std::string_view wanted, int missing) const {
   const ATTRIB* const attribute = FindAttribute(wanted);
   if (attribute == nullptr) return missing;
   return static_cast<int>(std::strtol(attribute->value.Text(), nullptr, 10));
-}
-
-void MXML::NODE::AddNode(NODE* child) {
-  child->parent = this;
-  (last_child != nullptr ? last_child->next_sibling : first_child) = child;
-  last_child = child;
-}
-
-void MXML::NODE::AddAttribute(ATTRIB* attribute) {
-  (last_attribute != nullptr ? last_attribute->next : first_attribute) = attribute;
-  last_attribute = attribute;
 }
 
 namespace {

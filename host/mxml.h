@@ -32,6 +32,9 @@ class ORVANE_API MXML {
     NODE* next_sibling = nullptr;
     ATTRIB* first_attribute = nullptr;
     ATTRIB* last_attribute = nullptr;
+    // No part of the tree: what whoever makes one tree after the other keeps of the last one.
+    NODE* spare_child = nullptr;
+    ATTRIB* spare_attribute = nullptr;
 
     NODE() = default;
     NODE(const NODE&) = delete;
@@ -44,10 +47,19 @@ class ORVANE_API MXML {
     // number is read as `atoi` reads it.
     MSTR GetAttribute(std::string_view wanted) const;
     int GetAttributeAsInt(std::string_view wanted, int missing) const;
+    // The value itself instead of a copy.
+    const MSTR& AttributeValue(std::string_view wanted) const;
 
     // Link a child or an attribute in, as the last one.
-    void AddNode(NODE* child);
-    void AddAttribute(ATTRIB* attribute);
+    void AddNode(NODE* child) {
+      child->parent = this;
+      (last_child != nullptr ? last_child->next_sibling : first_child) = child;
+      last_child = child;
+    }
+    void AddAttribute(ATTRIB* attribute) {
+      (last_attribute != nullptr ? last_attribute->next : first_attribute) = attribute;
+      last_attribute = attribute;
+    }
 
    private:
     const ATTRIB* FindAttribute(std::string_view wanted) const;

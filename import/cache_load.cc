@@ -17,9 +17,10 @@ bool LoadPrograms(CCacheLoad& load) {
   CSafeNode& record = load.record;
   return ForEachWholeChild(load.reader, load.collection.name, record, load.status, [&] {
     if (!(record.name == "Prog")) return;
-    auto program = std::make_unique<CProgram>();
-    program->ReadProgramFields(record, kNumbered);
-    static_cast<void>(load.store.AddProgram(program));  // the first of a key wins
+    CProgram& program = load.draft.program;
+    program.Reset();
+    program.ReadProgramFields(record, kNumbered);
+    load.store.AddProgram(program);  // the first of a key wins
   });
 }
 
@@ -28,7 +29,7 @@ bool LoadStations(CCacheLoad& load) {
   return ForEachChild(load.reader, load.collection.name, record, load.status, [&](bool open) {
     if (!open) return true;
     if (!(record.name == "Station")) return load.reader.ReadChildren(record, load.status);
-    auto station = std::make_unique<CStation>();
+    auto station = std::make_unique<CStation>(load.store.Memory());
     if (station->LoadCacheStation(load) < 0) return false;
     static_cast<void>(load.store.AddStation(station));  // the first of a key wins
     return true;
@@ -69,9 +70,10 @@ std::int32_t CStation::LoadCacheStation(CCacheLoad& load) {
   std::int32_t added = 0;
   const auto load_item = [&] {
     if (!(item_node.name == "Item")) return;
-    auto item = std::make_unique<CScheduleItem>();
-    item->ReadScheduleItemFields(item_node, kNumbered, 0);
-    item->program = load.store.FindProgram(item->program_key.View());
+    CScheduleItem& item = load.draft.item;
+    item.Reset();
+    item.ReadScheduleItemFields(item_node, kNumbered, 0);
+    item.program = load.store.FindProgram(item.program_key.View());
     if (Insert(item)) ++added;
   };
   const auto load_child = [&](bool open) {

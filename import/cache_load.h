@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/mstr.h"
+#include "import/listings_import.h"
 #include "schedule/provider_data.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
@@ -13,6 +14,7 @@ struct CCacheLoad {
   CProviderData& store;
   ORVANE::MSTR& status;
   CSimpleXMLReader reader = {};
+  Draft draft = {};
   CSafeNode root = {};
   CSafeNode collection = {};     // a child of the root
   CSafeNode record = {};         // a child of a collection

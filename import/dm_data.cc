@@ -82,16 +82,17 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   base_time_text = base->value;
 
   // Items are resolved against the stations and programmes before them.
+  Draft draft;
   std::int32_t stations = 0;
   std::int32_t programs = 0;
   std::int32_t items = 0;
-  const bool complete = ImportRecords(*data, "Stations", status, stations,
-                                      [&](MXML::NODE& node) { return ImportStation(node); }) &&
-                        ImportRecords(*data, "Programs", status, programs,
-                                      [&](MXML::NODE& node) { return ImportProgram(node); }) &&
-                        ImportRecords(*data, "Schedules", status, items, [&](MXML::NODE& node) {
-                          return ImportScheduleItem(node, base_time);
-                        });
+  const bool complete =
+      ImportRecords(*data, "Stations", status, stations,
+                    [&](MXML::NODE& node) { return ImportStation(node); }) &&
+      ImportRecords(*data, "Programs", status, programs,
+                    [&](MXML::NODE& node) { return ImportProgram(node, draft); }) &&
+      ImportRecords(*data, "Schedules", status, items,
+                    [&](MXML::NODE& node) { return ImportScheduleItem(node, base_time, draft); });
   if (!complete) return false;
   IndexStations(*this);
 
@@ -109,22 +110,23 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
 }
 
 bool CDMData::ImportStation(MXML::NODE& node) {
-  auto station = std::make_unique<CStation>();
+  auto station = std::make_unique<CStation>(Memory());
   station->ReadStationFields(node, Kind());
   return AddStation(station);
 }
 
-bool CDMData::ImportProgram(MXML::NODE& node) {
-  auto program = std::make_unique<CProgram>();
-  program->ReadProgramFields(node, Kind());
-  return AddProgram(program);
+bool CDMData::ImportProgram(MXML::NODE& node, Draft& draft) {
+  draft.program.Reset();
+  draft.program.ReadProgramFields(node, Kind());
+  return AddProgram(draft.program).second;
 }
 
-bool CDMData::ImportScheduleItem(MXML::NODE& node, std::int32_t base_time) {
-  auto item = std::make_unique<CScheduleItem>();
-  item->ReadScheduleItemFields(node, Kind(), base_time);
-  CStation* const station = FindStation(item->station_key.View());
+bool CDMData::ImportScheduleItem(MXML::NODE& node, std::int32_t base_time, Draft& draft) {
+  CScheduleItem& item = draft.item;
+  item.Reset();
+  item.ReadScheduleItemFields(node, Kind(), base_time);
+  CStation* const station = FindStation(item.station_key.View());
   if (station == nullptr) return false;
-  item->program = FindProgram(item->program_key.View());
+  item.program = FindProgram(item.program_key.View());
   return station->Insert(item);
 }

@@ -8,6 +8,8 @@
 
 #include "schedule/provider_data.h"
 
+struct Draft;
+
 class CDMData final : public CProviderData {
  public:
   CDMData() : CProviderData(ProviderKind::kTitanTV) {}
@@ -17,8 +19,8 @@ class CDMData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // File one element, whose texts move into the record; false when it was refused.
+  // File one element, read into `draft`; false when it was refused.
   bool ImportStation(ORVANE::MXML::NODE& node);
-  bool ImportProgram(ORVANE::MXML::NODE& node);
-  bool ImportScheduleItem(ORVANE::MXML::NODE& node, std::int32_t base_time);
+  bool ImportProgram(ORVANE::MXML::NODE& node, Draft& draft);
+  bool ImportScheduleItem(ORVANE::MXML::NODE& node, std::int32_t base_time, Draft& draft);
 };

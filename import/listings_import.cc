@@ -38,11 +38,6 @@ bool ReadListingsRoot(CSimpleXMLReader& reader, CSafeNode& root, std::string_vie
   return root.name == wanted && (open || more);
 }
 
-const CProgram* FindOrAddProgram(CProviderData& store, std::unique_ptr<CProgram> program) {
-  const CProgram* const offered = program.get();
-  return store.AddProgram(program) ? offered : store.FindProgram(program->key.View());
-}
-
 std::int32_t EndAfter(std::int32_t start, std::int32_t end) {
   if (start <= end) return end;
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(end) + kMinutesPerDay);

@@ -1,12 +1,11 @@
 // What the importers share: a file's opening and finish, the walk over an element's children, and
-// filing records. An importer of a further format begins here.
+// the records that one is read into. An importer of a further format begins here.
 //
 // Threads: everything here runs on the import's thread.
 // Errors: std::bad_alloc leaves the store half filled; whoever made it drops it.
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "host/mstr.h"
@@ -19,6 +18,18 @@ class CProgressIndicator;
 // The namespaces by which the cache format and TitanTV documents are known, in any letter case.
 inline constexpr std::string_view kMakerNamespace = "http://www.norvex.example";
 inline constexpr std::string_view kTitanTVNamespace = "http://www.titantv.com/services/dataservice";
+
+// What a broadcast is read into before the store takes a copy: one pair for a whole import, whose
+// texts keep their storage from one broadcast to the next.
+struct Draft {
+  CScheduleItem item;
+  CProgram program;
+
+  void Reset() {
+    item.Reset();
+    program.Reset();
+  }
+};
 
 // Compares ASCII letters without regard to their case, all other bytes exactly.
 bool EqualIgnoringCase(const ORVANE::MSTR& a, std::string_view b);
@@ -63,9 +74,6 @@ template <typename Handler>
     return true;
   });
 }
-
-// Files the programme, or drops it when its key is there already; gives the one that is filed.
-const CProgram* FindOrAddProgram(CProviderData& store, std::unique_ptr<CProgram> program);
 
 // An end before its start lies on the next day.
 std::int32_t EndAfter(std::int32_t start, std::int32_t end);

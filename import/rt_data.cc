@@ -14,11 +14,13 @@ namespace {
 // `status`.
 bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& status) {
   for (;;) {
-    auto field = std::make_unique<CSafeNode>();
+    auto field = programme.MakeChild();
     bool open = false;
     bool end_tag = false;
     if (!reader.ReadElement(*field, open, end_tag) || end_tag) {
-      return CheckEndTag(end_tag, "Programme", field->name, status);
+      const bool closed = CheckEndTag(end_tag, "Programme", field->name, status);
+      programme.TakeBack(std::move(field));
+      return closed;
     }
     if (open) {
       status.Format("Unexpected sub-element, %s, in Programme Field.", field->name.Text());
@@ -36,6 +38,7 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   CSafeNode root;
   if (ReadListingsRoot(reader, root, "Programmes")) {
     CSafeNode programme;
+    Draft draft;
     bool open = false;
     bool end_tag = false;
     while (reader.ReadElement(programme, open, end_tag) && !end_tag) {
@@ -45,7 +48,7 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
         return false;
       }
       if (!ReadProgrammeFields(reader, programme, status)) return false;
-      ImportProgramme(programme);
+      ImportProgramme(programme, draft);
       programme.FreeChildren();
     }
     // When the file ends early, this is still the name of the last element.
@@ -60,9 +63,10 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   return GetStationCount() > 0;
 }
 
-bool CRTData::ImportProgramme(MXML::NODE& node) {
-  auto item = std::make_unique<CScheduleItem>();
-  auto program = std::make_unique<CProgram>();
+bool CRTData::ImportProgramme(MXML::NODE& node, Draft& draft) {
+  draft.Reset();
+  CScheduleItem& item = draft.item;
+  CProgram& program = draft.program;
   MSTR date;
   MSTR start_time;
   MSTR end_time;
@@ -70,40 +74,39 @@ bool CRTData::ImportProgramme(MXML::NODE& node) {
     const char* name;
     MSTR& target;
   } fields[] = {
-      {"ChannelName", item->station_key},
-      {"Title", program->title},
-      {"Episode", program->episode_title},
-      {"Genre", program->genre},
-      {"Description", program->description},
+      {"ChannelName", item.station_key},
+      {"Title", program.title},
+      {"Episode", program.episode_title},
+      {"Genre", program.genre},
+      {"Description", program.description},
       {"Date", date},
       {"StartTime", start_time},
       {"EndTime", end_time},
   };
   for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (child->name == "Film") program->show_type = "Feature Film";
+    if (child->name == "Film") program.show_type = "Feature Film";
     for (const auto& field : fields) {
       if (child->name == field.name) field.target = std::move(child->value);
     }
   }
 
-  CStation* station = FindStation(item->station_key.View());
+  CStation* station = FindStation(item.station_key.View());
   if (station == nullptr) {
-    auto added = std::make_unique<CStation>();
+    auto added = std::make_unique<CStation>(Memory());
     station = added.get();
-    added->key = item->station_key;
-    added->network = item->station_key;
+    added->key = item.station_key;
+    added->network = item.station_key;
     if (!AddStation(added)) return false;
   }
 
-  const std::uint32_t sum = program->description.Id() + program->episode_title.Id();
-  program->key.Format("RT-%s-%i", program->title.Text(), static_cast<std::int32_t>(sum));
-  item->program_key = program->key;
-  item->program = FindOrAddProgram(*this, std::move(program));
+  const std::uint32_t sum = program.description.Id() + program.episode_title.Id();
+  program.key.Format("RT-%s-%i", program.title.Text(), static_cast<std::int32_t>(sum));
+  item.program = AddProgram(program).first;
 
   const auto time = [&date](const MSTR& text) {
     return ParseTime(TimeLayout::kDayFirst, date, text.IsEmpty() ? nullptr : &text);
   };
-  item->start = time(start_time);
-  item->end = EndAfter(item->start, time(end_time));
+  item.start = time(start_time);
+  item.end = EndAfter(item.start, time(end_time));
   return station->Insert(item);
 }

@@ -6,6 +6,8 @@
 
 #include "schedule/provider_data.h"
 
+struct Draft;
+
 class CRTData final : public CProviderData {
  public:
   CRTData() : CProviderData(ProviderKind::kRadioTimes) {}
@@ -15,6 +17,6 @@ class CRTData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // Files one element, whose texts move into the records; false when its broadcast was dropped.
-  bool ImportProgramme(ORVANE::MXML::NODE& node);
+  // Files one element, read into `draft`; false when its broadcast was dropped.
+  bool ImportProgramme(ORVANE::MXML::NODE& node, Draft& draft);
 };

@@ -6,6 +6,8 @@
 
 #include "schedule/provider_data.h"
 
+struct Draft;
+
 class CXMLTVData final : public CProviderData {
  public:
   CXMLTVData() : CProviderData(ProviderKind::kXMLTV) {}
@@ -14,9 +16,9 @@ class CXMLTVData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // File one element, whose texts move into the records; false when it was dropped.
+  // File one element, a programme by way of `draft`; false when it was dropped.
   bool ImportChannel(ORVANE::MXML::NODE& node);
-  bool ImportProgramme(ORVANE::MXML::NODE& node);
+  bool ImportProgramme(ORVANE::MXML::NODE& node, Draft& draft);
 };
 
 // A description with the numeric references and line-break tags resolved that its file has escaped

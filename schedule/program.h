@@ -4,7 +4,16 @@
 #include "host/mxml.h"
 #include "schedule/provider_kind.h"
 
+class CScheduleMemory;
+
 struct CProgram {
+  CProgram() = default;
+  // A copy whose texts stand in `memory`.
+  CProgram(const CProgram& other, CScheduleMemory& memory);
+
+  // Empties the record for the next programme to be read into it.
+  void Reset();
+
   ORVANE::MSTR key;
   ORVANE::MSTR title;
   ORVANE::MSTR episode_title;

@@ -15,8 +15,10 @@ void CProviderData::Clear() {
   provider_id = MSTR();
   // Items refer to programmes, so stations go first.
   station_map_.Clear();
-  program_map_.Clear();
+  for (CStation* const station : stations_) delete station;
   stations_.Clear();
+  program_map_.Clear();
+  memory_.Clear();
 }
 
 CStation* CProviderData::FindStation(std::string_view key) const { return station_map_.Find(key); }
@@ -26,14 +28,16 @@ const CProgram* CProviderData::FindProgram(std::string_view key) const {
 }
 
 bool CProviderData::AddStation(std::unique_ptr<CStation>& station) {
-  CStation* const added = station.get();
-  if (!station_map_.Add(station)) return false;
-  stations_.Append(added);
-  return true;
+  const auto take = [&] {
+    stations_.Append(station.get());
+    return station.release();
+  };
+  return station_map_.FindOrAdd(station->key.View(), take).second;
 }
 
-bool CProviderData::AddProgram(std::unique_ptr<CProgram>& program) {
-  return program_map_.Add(program);
+std::pair<const CProgram*, bool> CProviderData::AddProgram(const CProgram& program) {
+  return program_map_.FindOrAdd(program.key.View(),
+                                [&] { return memory_.Make<CProgram>(program, memory_); });
 }
 
 MSTR CProviderData::GetStatistics() const {

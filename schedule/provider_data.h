@@ -1,8 +1,8 @@
 // The store of one imported schedule: stations, programmes and, through the stations, broadcasts.
 //
-// Ownership: the store owns its stations and programmes; what it returns are views into it. It has
-//   no virtual destructor: a store is owned as what it was made (a std::shared_ptr made from the
-//   concrete class does that).
+// Ownership: the store owns its stations and the memory in which programmes and broadcasts stand;
+//   what it returns are views into it. It has no virtual destructor: a store is owned as what it
+//   was made (a std::shared_ptr made from the concrete class does that).
 // Threads: filled by one thread; read-only from any thread after the hand-over.
 // Errors: lookups return null; std::bad_alloc when memory runs out.
 #pragma once
@@ -10,12 +10,14 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "host/mstr.h"
 #include "schedule/pointer_array.h"
 #include "schedule/program.h"
 #include "schedule/provider_kind.h"
 #include "schedule/record_map.h"
+#include "schedule/schedule_memory.h"
 #include "schedule/station.h"
 
 class CProgressIndicator;
@@ -25,6 +27,7 @@ class CProviderData {
   explicit CProviderData(ProviderKind kind = ProviderKind::kOther) : kind_(kind) {}
   CProviderData(const CProviderData&) = delete;
   CProviderData& operator=(const CProviderData&) = delete;
+  ~CProviderData() { Clear(); }
 
   // Reads the named file into the store. True: `status` holds a summary; false: the reason.
   // `progress` may be null. The base class reads no file. [loader]
@@ -44,10 +47,16 @@ class CProviderData {
   CStation* FindStation(std::string_view key) const;
   const CProgram* FindProgram(std::string_view key) const;
 
-  // True: the store has taken the record and the pointer is empty; its key must not change from
-  // then on. False: a record of that key is there already; the offered one is still the caller's.
+  // True: the store has taken the station and the pointer is empty; its key must not change from
+  // then on. False: one of that key is there already; the offered one is still the caller's.
+  // REQUIRES: the station was made with this store's memory.
   [[nodiscard]] bool AddStation(std::unique_ptr<CStation>& station);
-  [[nodiscard]] bool AddProgram(std::unique_ptr<CProgram>& program);
+
+  // The programme of that key, and true when it is new: then it is a copy of `program`.
+  std::pair<const CProgram*, bool> AddProgram(const CProgram& program);
+
+  // Where this schedule's records stand.
+  CScheduleMemory& Memory() { return memory_; }
 
   // "Stations: %i   Programmes: %i   Schedule Items: %i"
   ORVANE::MSTR GetStatistics() const;
@@ -65,8 +74,8 @@ class CProviderData {
 
  private:
   const ProviderKind kind_;
-  // Items refer to programmes, so the stations, declared later, are destroyed first.
-  CRecordMap<CProgram> program_map_;
+  CScheduleMemory memory_;
+  CRecordMap<const CProgram> program_map_;
   CRecordMap<CStation> station_map_;
-  CPointerArray<CStation> stations_;
+  CPointerArray<CStation> stations_;  // Owned.
 };

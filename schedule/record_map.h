@@ -1,12 +1,11 @@
 // Records by their keys, compared exactly.
 //
-// Ownership: the map owns the records. Their keys must not change while they are in it.
+// Ownership: the records are somebody else's. Their keys must not change while they are in the map.
 // Errors: std::bad_alloc leaves the map as it was.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -28,7 +27,6 @@ class CRecordMap {
   CRecordMap() = default;
   CRecordMap(const CRecordMap&) = delete;
   CRecordMap& operator=(const CRecordMap&) = delete;
-  ~CRecordMap() { Clear(); }
 
   std::size_t Count() const { return count_; }
 
@@ -37,21 +35,22 @@ class CRecordMap {
     return records_.empty() ? nullptr : records_[PlaceOf(key, HashOf(key))];
   }
 
-  // True: the map has taken the record, and `record` is empty. False: one of that key is there
-  // already.
-  bool Add(std::unique_ptr<Record>& record) {
+  // The record of that key and whether it is new: when there was none, it is what `make` gives.
+  template <typename Maker>
+  std::pair<Record*, bool> FindOrAdd(std::string_view key, Maker make) {
     if (count_ * 4 >= records_.size() * 3) Grow();
-    const std::uint32_t hash = HashOf(record->key.View());
-    const std::size_t place = PlaceOf(record->key.View(), hash);
-    if (records_[place] != nullptr) return false;
-    hashes_[place] = hash;
-    records_[place] = record.release();
-    ++count_;
-    return true;
+    const std::uint32_t hash = HashOf(key);
+    const std::size_t place = PlaceOf(key, hash);
+    const bool is_new = records_[place] == nullptr;
+    if (is_new) {
+      records_[place] = make();
+      hashes_[place] = hash;
+      ++count_;
+    }
+    return {records_[place], is_new};
   }
 
   void Clear() {
-    for (Record* const record : records_) delete record;
     records_.clear();
     hashes_.clear();
     count_ = 0;
@@ -89,7 +88,7 @@ class CRecordMap {
     hashes_.swap(hashes);
   }
 
-  std::vector<Record*> records_;  // Owned.
+  std::vector<Record*> records_;
   std::vector<std::uint32_t> hashes_;
   std::size_t count_ = 0;
 };

@@ -1,7 +1,7 @@
 // One broadcast of a programme on a station.
 //
 // Units: times are counts of whole minutes since 1601-01-01 00:00 UTC; -1 is "never set".
-// Ownership: the station that an item was inserted into owns it; links and programme are views.
+// Ownership: a station keeps copies of the items inserted into it; links and programme are views.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,14 @@
 #include "schedule/program.h"
 
 struct CScheduleItem {
+  CScheduleItem() = default;
+  // A copy, not linked, whose texts stand in `memory`, and whose programme's key is that key
+  // itself.
+  CScheduleItem(const CScheduleItem& other, CScheduleMemory& memory);
+
+  // Empties the record for the next item to be read into it.
+  void Reset();
+
   std::int32_t start = -1;
   std::int32_t end = -1;
   CScheduleItem* next = nullptr;

@@ -1,35 +1,27 @@
 #include "schedule/station.h"
 
 #include <algorithm>
-#include <utility>
+
+#include "schedule/schedule_memory.h"
 
 using ORVANE::MSTR;
 
-CStation::~CStation() {
-  while (first_item_ != nullptr) delete std::exchange(first_item_, first_item_->next);
-}
-
-bool CStation::Insert(std::unique_ptr<CScheduleItem>& item) {
+bool CStation::Insert(const CScheduleItem& item) {
+  CScheduleItem* before = nullptr;
+  if (first_item_ != nullptr && item.start >= first_item_->start) {
+    before = FindPredecessor(item, static_cast<std::int32_t>(BucketOf(item.start)));
+    if (before->start == item.start) return false;
+  }
+  auto* const filed = memory_.Make<CScheduleItem>(item, memory_);
   if (first_item_ == nullptr) {
-    InsertFirst(item.get());
-  } else if (item->start < first_item_->start) {
-    InsertBefore(item.get());
+    InsertFirst(filed);
+  } else if (before == nullptr) {
+    InsertBefore(filed);
   } else {
-    const auto bucket = static_cast<std::int32_t>(BucketOf(item->start));
-    CScheduleItem* const before = FindPredecessor(*item, bucket);
-    if (before->start == item->start) return false;
-    if (buckets_.Count() <= bucket) buckets_.SetSize(bucket + 1);
-    CScheduleItem*& earliest = buckets_[bucket];
-    if (earliest == nullptr || item->start < earliest->start) earliest = item.get();
-
-    item->next = before->next;
-    item->previous = before;
-    (item->next != nullptr ? item->next->previous : last_item_) = item.get();
-    before->next = item.get();
+    InsertBehind(before, filed);
   }
   ++item_count_;
-  schedule_end_ = std::max(schedule_end_, item->end);
-  static_cast<void>(item.release());  // the list owns it now
+  schedule_end_ = std::max(schedule_end_, filed->end);
   return true;
 }
 
@@ -51,6 +43,17 @@ void CStation::InsertBefore(CScheduleItem* item) {
   item->next = first_item_;
   first_item_->previous = item;
   first_item_ = item;
+}
+
+void CStation::InsertBehind(CScheduleItem* before, CScheduleItem* item) {
+  const auto bucket = static_cast<std::int32_t>(BucketOf(item->start));
+  if (buckets_.Count() <= bucket) buckets_.SetSize(bucket + 1);
+  CScheduleItem*& earliest = buckets_[bucket];
+  if (earliest == nullptr || item->start < earliest->start) earliest = item;
+  item->next = before->next;
+  item->previous = before;
+  (item->next != nullptr ? item->next->previous : last_item_) = item;
+  before->next = item;
 }
 
 // The last item that starts no later than `item`. REQUIRES: there is one.

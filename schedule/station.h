@@ -1,13 +1,12 @@
 // One station of a schedule, and the index that finds its items by time.
 //
 // Units: times are counts of whole minutes since 1601-01-01 00:00 UTC; -1 is "never set".
-// Ownership: a station owns the items it has taken; pointers it returns are views into it.
+// Ownership: a station's items stand in its schedule's memory; pointers it returns are views.
 // Threads: filled by one thread; read-only from any thread afterwards.
 // Errors: a lookup that finds nothing returns null; only std::bad_alloc is thrown.
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "host/mstr.h"
 #include "host/mxml.h"
@@ -16,6 +15,7 @@
 #include "schedule/schedule_item.h"
 
 struct CCacheLoad;
+class CScheduleMemory;
 
 // Invariants of the time index:
 // 1. The items form a doubly linked list with strictly increasing starts.
@@ -26,18 +26,17 @@ class CStation {
  public:
   static constexpr std::int32_t kBucketMinutes = 180;
 
-  CStation() = default;
+  // `memory` must outlive the station.
+  explicit CStation(CScheduleMemory& memory) : memory_(memory) {}
   CStation(const CStation&) = delete;
   CStation& operator=(const CStation&) = delete;
-  ~CStation();
 
-  // Files `item` at its place in start order. [loader]
+  // Files a copy of `item` at its place in start order. [loader]
   //
-  // True: the station has taken the item and `item` is empty. False: an item with that start is
-  // there already; the station is unchanged and `item` is still the caller's. An item that starts
+  // False: an item with that start is there already; the station is unchanged. An item that starts
   // behind all others, as a file in order gives them, is filed without a search.
   // REQUIRES: the item's start and end are set.
-  bool Insert(std::unique_ptr<CScheduleItem>& item);
+  bool Insert(const CScheduleItem& item);
 
   // Appends every item, in start order, to the programme index. Called once, after the last Insert.
   void BuildProgramIndex();
@@ -90,14 +89,16 @@ class CStation {
   std::int64_t BucketOf(std::int64_t time) const { return (time - index_base_) / kBucketMinutes; }
   void InsertFirst(CScheduleItem* item);
   void InsertBefore(CScheduleItem* item);
+  void InsertBehind(CScheduleItem* before, CScheduleItem* item);
   CScheduleItem* FindPredecessor(const CScheduleItem& item, std::int32_t bucket) const;
   CScheduleItem* LastItemBelow(std::int32_t bucket) const;
   const CScheduleItem* EarliestAtOrBelow(std::int32_t bucket) const;
 
+  CScheduleMemory& memory_;
   std::int64_t index_base_ = 0;  // 64 bits: it moves below the earliest start
   std::int32_t schedule_end_ = 0;
   std::int32_t item_count_ = 0;
-  CScheduleItem* first_item_ = nullptr;  // Owned, with all that follow it.
+  CScheduleItem* first_item_ = nullptr;
   CScheduleItem* last_item_ = nullptr;
   CPointerArray<CScheduleItem> buckets_;
   CPointerArray<CScheduleItem> program_index_;

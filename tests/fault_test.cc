@@ -41,6 +41,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
 void* malloc(std::size_t size) {
@@ -50,6 +51,11 @@ void* malloc(std::size_t size) {
 }
 void* calloc(std::size_t count, std::size_t size) {
   void* const block = Fails(allocations_left, ENOMEM) ? nullptr : __libc_calloc(count, size);
+  if (block != nullptr) ++live_blocks;
+  return block;
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  void* const block = Fails(allocations_left, ENOMEM) ? nullptr : __libc_memalign(alignment, size);
   if (block != nullptr) ++live_blocks;
   return block;
 }

@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,11 +26,9 @@ Time At(const std::string& time) { return epg_test::At("2007-02-05 " + time); }
 
 // True when the station has taken the item.
 bool Insert(CStation& station, Time start, Time end) {
-  auto item = std::make_unique<CScheduleItem>();
-  std::tie(item->start, item->end) = std::pair(start, end);
-  const bool taken = station.Insert(item);
-  EXPECT_EQ(taken, item == nullptr);
-  return taken;
+  CScheduleItem item;
+  std::tie(item.start, item.end) = std::pair(start, end);
+  return station.Insert(item);
 }
 
 Start StartOf(const CScheduleItem* item) { return item != nullptr ? Start(item->start) : Start(); }
@@ -90,7 +89,8 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
       if (series % 3 == 1) std::sort(starts.begin(), starts.end());
       if (series % 3 == 2) std::sort(starts.rbegin(), starts.rend());
 
-      CStation station;
+      CScheduleMemory memory;
+      CStation station(memory);
       PlainIndex plain;
       for (const Time start : starts) {
         const Time end = start + between(-30, series < 3 ? 600 : 60);
@@ -111,7 +111,8 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
 }
 
 TEST(TimeIndex, TakesAMillionItemsInReverse) {
-  CStation station;
+  CScheduleMemory memory;
+  CStation station(memory);
   for (Time start = 60'000'000; start > 0; start -= 60) Insert(station, start, start + 60);
   station.BuildProgramIndex();
   for (Time i = 0; i < station.GetProgramCount(); i += 9'973) {
@@ -134,9 +135,11 @@ constexpr bool kMemoryIsOurs = true;
 
 TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
   std::vector dates = {Time{0}, At("20:15"), Time{INT32_MAX - 60}};
-  CStation stations[kMemoryIsOurs ? 100 : 10];
+  CScheduleMemory memory;
+  std::deque<CStation> stations;
   const long before = PeakMemory();
-  for (CStation& station : stations) {
+  while (stations.size() < (kMemoryIsOurs ? 100 : 10)) {
+    CStation& station = stations.emplace_back(memory);
     std::next_permutation(dates.begin(), dates.end());
     for (const Time date : dates) Insert(station, date, date + 60);
     Insert(station, At("12:00"), At("13:00"));
@@ -146,7 +149,8 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
 }
 
 TEST(FindFirstProgram, AnswersAroundAGap) {
-  CStation station;
+  CScheduleMemory memory;
+  CStation station(memory);
   Insert(station, At("10:00"), At("11:30"));
   Insert(station, At("08:00"), At("10:00"));
   Insert(station, At("16:00"), At("17:00"));
@@ -165,12 +169,12 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
   for (int round = 0; round < 2; ++round) {  // again after Clear
     EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", store.GetStatistics().View());
     for (const char* const key : {"one", "One", "one", "two"}) {
-      auto station = std::make_unique<CStation>();
-      auto program = std::make_unique<CProgram>();
-      station->key = program->key = key;
+      auto station = std::make_unique<CStation>(store.Memory());
+      CProgram program;
+      station->key = program.key = key;
       const bool is_new = store.FindStation(key) == nullptr;
       EXPECT_EQ(is_new, store.AddStation(station));
-      EXPECT_EQ(is_new, store.AddProgram(program));
+      EXPECT_EQ(is_new, store.AddProgram(program).second);
     }
     EXPECT_EQ(store.GetStation(1), store.FindStation("One"));
     Insert(*store.GetStation(1), 600, 2000);

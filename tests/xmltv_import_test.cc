@@ -215,7 +215,8 @@ TEST(RecordReaders, FollowTheDialect) {
        "Aspect=11|Subtitles=12|New=13|Premiere=14"},
   };
   for (const auto& [dialect, content, expected] : rows) {
-    CStation s;
+    CScheduleMemory memory;
+    CStation s(memory);
     s.ReadStationFields(*Element(content), dialect);
     CProgram program;
     program.ReadProgramFields(*Element(content), dialect);

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
+#include <utility>
 
 #include "xml/work_text.h"
 
@@ -39,7 +39,51 @@ class CEntityName {
   std::size_t length_ = 0;
 };
 
+constexpr std::array<bool, 256> TableOf(std::string_view characters) {
+  std::array<bool, 256> table = {};
+  for (const char c : characters) table[static_cast<unsigned char>(c)] = true;
+  return table;
+}
+
+// The bytes that decide something outside a tag, and inside one.
+constexpr auto kTextStops = TableOf("&<");
+constexpr auto kTagStops = TableOf("\"'&/<>");
+
 }  // namespace
+
+// The next byte; false at the end of the file.
+inline bool CSimpleXMLReader::ReadOne(char& c) {
+  char byte;
+  if (Read(&byte, 1) == 1) [[likely]] {
+    c = byte;
+    return true;
+  }
+  return false;
+}
+
+// Reads up to the next of the `stops`, and adds what goes by to `text`, if there is one. False at
+// the end of the file.
+//
+// Nearly every byte of a file goes through this loop. Its state is all in locals, so that a byte
+// costs a look-up and no trip to memory and back.
+template <typename Text>
+inline bool CSimpleXMLReader::PassBy(const std::array<bool, 256>& stops, Text* text, char& stop) {
+  char c = 0;
+  if (text == nullptr) {
+    do {
+      if (!ReadOne(c)) return false;
+    } while (!stops[static_cast<unsigned char>(c)]);
+  } else {
+    typename Text::CWriter writer(*text);
+    for (;;) {
+      if (!ReadOne(c)) return false;
+      if (stops[static_cast<unsigned char>(c)]) break;
+      writer.Add(c);
+    }
+  }
+  stop = c;
+  return true;
+}
 
 bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup) {
   open = true;
@@ -51,8 +95,6 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
   std::size_t brackets = 0;  // '<' met in this call
   bool in_tag = false;
   bool skipping = false;
-  bool after_bracket = false;
-  bool in_entity = false;
   bool in_quotes = false;  // one flag for both kinds; a '>' does not clear it
   bool is_end_tag = false;
   bool start_parsed = false;
@@ -67,29 +109,14 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
   };
 
   char c = 0;
-  while (Read(&c, 1) == 1) {
-    if (in_entity) {
-      // An '&' that no ';' follows swallows markup too, to the end of the file.
-      if (c != ';') {
-        entity.Add(c);
-        continue;
-      }
-      if (const char decoded = entity.Decode(); decoded != '\0') add(decoded);
-      in_entity = false;
-      continue;
+  bool pending = false;  // `c` has been read and not been looked at
+  for (;;) {
+    if (!pending) {
+      const bool more = in_tag ? PassBy(kTagStops, skipping ? nullptr : &tag, c)
+                               : PassBy(kTextStops, brackets == 1 ? &content : nullptr, c);
+      if (!more) return false;
     }
-    if (after_bracket) {
-      after_bracket = false;
-      if (c == '!' || c == '?') {
-        skipping = true;
-        open = false;
-      } else if (c == '/') {
-        is_end_tag = true;
-      } else if (brackets > 1) {
-        // Another element begins: the next call shall read its '<' again.
-        return Seek(-2, SEEK::Current);
-      }
-    }
+    pending = false;
     switch (c) {
       case '"':
       case '\'':
@@ -97,8 +124,14 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
         add(c);
         break;
       case '&':
-        in_entity = true;
+        // One that no ';' follows swallows markup too, to the end of the file.
         entity.Clear();
+        for (;;) {
+          if (!ReadOne(c)) return false;
+          if (c == ';') break;
+          entity.Add(c);
+        }
+        if (const char decoded = entity.Decode(); decoded != '\0') add(decoded);
         break;
       case '/':
         if (!in_tag) {
@@ -110,12 +143,22 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
         }
         break;
       case '<':
-        after_bracket = true;
         markup = true;
         if (brackets == 1) node.value = content.View();
         ++brackets;
         content.Clear();
         in_tag = true;
+        if (!ReadOne(c)) return false;
+        if (c == '!' || c == '?') {
+          skipping = true;
+          open = false;
+        } else if (c == '/') {
+          is_end_tag = true;
+        } else if (brackets > 1) {
+          // Another element begins: the next call shall read its '<' again.
+          return Seek(-2, SEEK::Current);
+        }
+        pending = true;  // it belongs to the tag as well
         break;
       case '>':
         if (!in_tag) {
@@ -137,7 +180,6 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
         add(c);
     }
   }
-  return false;
 }
 
 bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
@@ -155,24 +197,59 @@ bool CSimpleXMLReader::ReadRoot(CSafeNode& root, bool& more) {
   return false;
 }
 
+namespace {
+
+// The open elements below a parent, from the innermost up: depth costs heap, not stack. They are
+// linked into the tree as they are closed; what is still open at the end goes with the path.
+class COpenPath {
+ public:
+  explicit COpenPath(CSafeNode& parent) : parent_(parent), innermost_(&parent) {}
+  COpenPath(const COpenPath&) = delete;
+  COpenPath& operator=(const COpenPath&) = delete;
+  ~COpenPath() {
+    while (!IsAtParent()) delete Leave();
+  }
+
+  CSafeNode& Innermost() { return *innermost_; }
+  bool IsAtParent() const { return innermost_ == &parent_; }
+
+  void Enter(std::unique_ptr<CSafeNode> node) {
+    node->parent = innermost_;
+    innermost_ = node.release();
+  }
+
+  // Closes the innermost element.
+  void Close() {
+    CSafeNode* const closed = Leave();
+    innermost_->AddNode(closed);
+  }
+
+ private:
+  CSafeNode* Leave() {
+    return std::exchange(innermost_, static_cast<CSafeNode*>(innermost_->parent));
+  }
+
+  CSafeNode& parent_;
+  CSafeNode* innermost_;  // Owned, with those above it, below the parent.
+};
+
+}  // namespace
+
 bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
-  // The open elements below `parent`, innermost last: depth costs heap, not stack.
-  std::vector<std::unique_ptr<CSafeNode>> path;
+  COpenPath path(parent);
   for (;;) {
-    CSafeNode& innermost = path.empty() ? parent : *path.back();
-    auto node = std::make_unique<CSafeNode>();
+    auto node = parent.MakeChild();
     bool open = false;
     bool end_tag = false;
     if (!ReadElement(*node, open, end_tag) || end_tag) {
-      if (!CheckEndTag(end_tag, innermost.name, node->name, error)) return false;
-      if (path.empty()) return true;
-      node = std::move(path.back());
-      path.pop_back();
-      (path.empty() ? parent : *path.back()).AddNode(node.release());
+      if (!CheckEndTag(end_tag, path.Innermost().name, node->name, error)) return false;
+      parent.TakeBack(std::move(node));
+      if (path.IsAtParent()) return true;
+      path.Close();
     } else if (open) {
-      path.push_back(std::move(node));
+      path.Enter(std::move(node));
     } else {
-      innermost.AddNode(node.release());
+      path.Innermost().AddNode(node.release());
     }
   }
 }
@@ -185,37 +262,39 @@ bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
 
   // The first token is the element's name; then names and values alternate. A second blank, or one
   // before the end, makes an empty token; blanks around '=' therefore part a value from its name.
-  const auto take = [&](std::string_view token) {
+  const auto take = [&](std::string_view token, std::size_t quotes) {
     if (!named) {
       node.name = token;
       named = true;
     } else if (pending == nullptr) {
-      auto attribute = std::make_unique<ORVANE::MXML::ATTRIB>();
-      attribute->name = token;
-      pending = attribute.release();
-      node.AddAttribute(pending);
+      pending = &node.AddNewAttribute(token);
     } else {
-      unquoted.Clear();
-      for (const char c : token) {
-        if (!IsQuote(c)) unquoted.Add(c);  // interior ones too
+      if (quotes == 2 && IsQuote(token.front()) && IsQuote(token.back())) {
+        pending->value = token.substr(1, token.size() - 2);
+      } else {
+        unquoted.Clear();
+        for (const char c : token) {
+          if (!IsQuote(c)) unquoted.Add(c);  // interior ones too
+        }
+        pending->value = unquoted.View();
       }
-      pending->value = unquoted.View();
       pending = nullptr;
     }
   };
 
-  bool in_quotes = false;
+  std::size_t quotes = 0;  // in the token; between the first and the second of a pair it goes on
   std::size_t begin = 0;
   for (std::size_t at = 0; at < tag.size(); ++at) {
     const char c = tag[at];
     if (IsQuote(c)) {
-      in_quotes = !in_quotes;
-    } else if ((c == ' ' || c == '=') && !in_quotes) {
-      take(tag.substr(begin, at - begin));
+      ++quotes;
+    } else if ((c == ' ' || c == '=') && quotes % 2 == 0) {
+      take(tag.substr(begin, at - begin), quotes);
       begin = at + 1;
+      quotes = 0;
     }
   }
-  take(tag.substr(begin));
+  take(tag.substr(begin), quotes);
   return true;
 }
 

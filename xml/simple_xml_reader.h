@@ -11,6 +11,7 @@
 // Errors: MBADALLOC and std::bad_alloc when memory runs out.
 #pragma once
 
+#include <array>
 #include <string_view>
 
 #include "host/mstr.h"
@@ -46,6 +47,9 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
 
  private:
   bool ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup);
+  bool ReadOne(char& c);
+  template <typename Text>
+  bool PassBy(const std::array<bool, 256>& stops, Text* text, char& stop);
 };
 
 // True when an end tag was read and bears the expected name; otherwise `error` says what is wrong.
