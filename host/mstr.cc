@@ -32,15 +32,6 @@ MSTR MSTR::Placed(std::string_view text, void* storage) {
   return placed;
 }
 
-void MSTR::ResetHeap() {
-  constexpr std::uint32_t kWorthKeeping = 4096;
-  if (Header()->capacity > kWorthKeeping) {
-    Assign({});
-  } else {
-    Put(0, {});
-  }
-}
-
 void MSTR::Reserve(std::size_t capacity) {
   if (capacity <= Capacity()) return;
   char* const fresh = Allocate(capacity);
@@ -56,30 +47,15 @@ void MSTR::Adopt(char* text, std::size_t length) {
   text[length] = '\0';
 }
 
-void MSTR::Put(std::size_t kept, std::string_view text) {
-  const bool on_heap = OnHeap();
-  char* const storage = on_heap ? Pointer() : InlineText();
-  const std::size_t length = kept + text.size();
-  if (!text.empty()) std::memmove(storage + kept, text.data(), text.size());
-  storage[length] = '\0';
-  if (on_heap) {
-    Header()->length = static_cast<std::uint32_t>(length);
-  } else {
-    word_ = (word_ & ~std::uintptr_t{0xff}) | length << 1 | kIsInline;
-  }
-}
-
-void MSTR::Assign(std::string_view text) {
+void MSTR::Renew(std::string_view text) {
   if (text.empty()) {
     Free();
     word_ = Null();
-  } else if (text.size() <= Capacity()) {
-    Put(0, text);
-  } else {
-    char* const fresh = Allocate(text.size());
-    std::memcpy(fresh, text.data(), text.size());
-    Adopt(fresh, text.size());
+    return;
   }
+  char* const fresh = Allocate(text.size());
+  std::memcpy(fresh, text.data(), text.size());
+  Adopt(fresh, text.size());
 }
 
 void MSTR::Append(std::string_view text) {

@@ -98,7 +98,13 @@ class ORVANE_API MSTR {
 
   // Allocates exactly what `text` needs, or keeps the storage that is large enough. `text` may be
   // a part of this text. An empty text gives the storage back.
-  void Assign(std::string_view text);
+  void Assign(std::string_view text) {
+    if (!text.empty() && text.size() <= Capacity()) {
+      Put(0, text);
+    } else {
+      Renew(text);
+    }
+  }
 
   // Storage grows by half at least. `text` may be a part of this text.
   void Append(std::string_view text);
@@ -124,10 +130,10 @@ class ORVANE_API MSTR {
 
   // Empties the text for the next one to come and keeps its storage, unless that is large.
   void Reset() {
-    if (!OnHeap()) {
-      word_ = Null();
+    if (OnHeap() && Header()->capacity <= kWorthKeeping) {
+      Put(0, {});
     } else {
-      ResetHeap();
+      Renew({});
     }
   }
 
@@ -168,6 +174,9 @@ class ORVANE_API MSTR {
   char* InlineText() { return reinterpret_cast<char*>(&word_) + 1; }
   const char* InlineText() const { return reinterpret_cast<const char*>(&word_) + 1; }
 
+  // Storage that a text keeps for the next one, in bytes.
+  static constexpr std::uint32_t kWorthKeeping = 4096;
+
   // Of a text that is not inline.
   char* Pointer() const { return reinterpret_cast<char*>(word_ & ~kIsBorrowed); }
   HEADER* Header() const { return reinterpret_cast<HEADER*>(Pointer()) - 1; }
@@ -178,14 +187,27 @@ class ORVANE_API MSTR {
   void Free() {
     if (OnHeap()) std::free(Header());
   }
-  void ResetHeap();
   void Swap(MSTR& other) noexcept { std::swap(word_, other.word_); }
   // Fresh heap storage for `capacity` characters; length and characters are the caller's to set.
   static char* Allocate(std::size_t capacity);
   // Takes fresh storage that holds `length` characters in place of what there was.
   void Adopt(char* text, std::size_t length);
   // Writes `text` behind the first `kept` characters and ends there. REQUIRES: it fits.
-  void Put(std::size_t kept, std::string_view text);
+  void Put(std::size_t kept, std::string_view text) {
+    const std::size_t length = kept + text.size();
+    if (OnHeap()) {
+      char* const characters = Pointer();
+      if (!text.empty()) std::memmove(characters + kept, text.data(), text.size());
+      characters[length] = '\0';
+      Header()->length = static_cast<std::uint32_t>(length);
+    } else {
+      if (!text.empty()) std::memmove(InlineText() + kept, text.data(), text.size());
+      InlineText()[length] = '\0';
+      word_ = (word_ & ~std::uintptr_t{0xff}) | length << 1 | kIsInline;
+    }
+  }
+  // Takes fresh storage for the text, or none for an empty one.
+  void Renew(std::string_view text);
 
   std::uintptr_t word_;  // Owned, where it points to the heap.
 };

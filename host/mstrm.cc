@@ -15,7 +15,7 @@ constexpr int kFileWindow = 64 * 1024;
 }
 
 bool MBUFFER::Open(int size) {
-  window_.reset(size > kLookBack ? new (std::nothrow) char[static_cast<std::size_t>(size)]
+  window_.reset(size > kLookBack ? new (std::nothrow) char8_t[static_cast<std::size_t>(size)]
                                  : nullptr);
   size_ = window_ != nullptr ? size : 0;
   Forget(0);
@@ -38,7 +38,7 @@ void MBUFFER::Forget(std::int64_t position) {
 bool MBUFFER::Refill() {
   if (window_ == nullptr) return false;
   const int kept = static_cast<int>(std::min<std::ptrdiff_t>(kLookBack, limit_ - first_));
-  char* const fresh = window_.get() + kLookBack;
+  char8_t* const fresh = window_.get() + kLookBack;
   if (kept > 0) std::memmove(fresh - kept, limit_ - kept, static_cast<std::size_t>(kept));
   const int count = std::max(0, ReadDirect(fresh, size_ - kLookBack));
   first_ = fresh - kept;

@@ -35,11 +35,19 @@ class ORVANE_API MBUFFER {
   // caller that knows the final class has it inlined.
   virtual int Read(void* buffer, int count) {
     if (count == 1 && next_ != limit_) [[likely]] {
-      *static_cast<char*>(buffer) = *next_++;
+      *static_cast<char*>(buffer) = static_cast<char>(*next_++);
       return 1;
     }
     return ReadAcross(buffer, count);
   }
+
+  // Whether the window holds the next byte. Where this is true, a compiler that inlines `Read` of
+  // one byte leaves out all but the window's path.
+  bool HasByte() const { return next_ != limit_; }
+
+  // Where in the window the next byte stands. What is read between two calls stands between what
+  // they gave, as long as the window had every byte of it.
+  const char* Cursor() const { return reinterpret_cast<const char*>(next_); }
 
   // The next byte, or -1 at the end.
   virtual int ReadByte();
@@ -74,11 +82,13 @@ class ORVANE_API MBUFFER {
   bool ReadUntil(char end, MSTR& text);
   void Forget(std::int64_t position);
 
-  std::unique_ptr<char[]> window_;
+  // Of a byte type that is no part of any other object, so that a reader's loop over the bytes can
+  // keep `next_` in a register.
+  std::unique_ptr<char8_t[]> window_;
   int size_ = 0;
-  const char* next_ = nullptr;       // the next byte to read
-  const char* limit_ = nullptr;      // behind the last byte held
-  const char* first_ = nullptr;      // the first byte held
+  const char8_t* next_ = nullptr;    // the next byte to read
+  const char8_t* limit_ = nullptr;   // behind the last byte held
+  const char8_t* first_ = nullptr;   // the first byte held
   std::int64_t limit_position_ = 0;  // the medium's offset at `limit_`
 };
 

@@ -283,8 +283,9 @@ bool CXMLTVData::ImportProgramme(MXML::NODE& node, Draft& draft) {
   CScheduleItem& item = draft.item;
   ReadElements(kProgrammeElements, "", node, item, draft.program);
   SetProgramKey(draft.program);
-  item.program = AddProgram(draft.program).first;
+  PrefetchProgram(draft.program.key.View());
   item.start = ParseTime(TimeLayout::kDigits, node.AttributeValue("start"));
   item.end = EndAfter(item.start, ParseTime(TimeLayout::kDigits, node.AttributeValue("stop")));
+  item.program = AddProgram(draft.program).first;
   return station->Insert(item);
 }

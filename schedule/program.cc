@@ -25,7 +25,9 @@ constexpr MSTR CProgram::*kTexts[] = {
 }  // namespace
 
 CProgram::CProgram(const CProgram& other, CScheduleMemory& memory) {
-  for (const auto text : kTexts) this->*text = memory.Keep(other.*text);
+  for (const auto text : kTexts) {
+    if (!(other.*text).IsEmpty()) this->*text = memory.Keep(other.*text);
+  }
 }
 
 void CProgram::Reset() {

@@ -52,6 +52,9 @@ class CProviderData {
   // REQUIRES: the station was made with this store's memory.
   [[nodiscard]] bool AddStation(std::unique_ptr<CStation>& station);
 
+  // To be called a little before the program is added or looked for.
+  void PrefetchProgram(std::string_view key) const { program_map_.Prefetch(key); }
+
   // The programme of that key, and true when it is new: then it is a copy of `program`.
   std::pair<const CProgram*, bool> AddProgram(const CProgram& program);
 

@@ -14,9 +14,9 @@
 
 // `Record` has a text `key`.
 //
-// An open table of pointers beside one of the keys' hashes: the keys themselves stand in the
-// records alone, and a search looks at a record only where the hash is right. A node-based map took
-// twice the memory for a schedule's hundred thousands of programmes.
+// An open table of positions with their keys' hashes: the keys themselves stand in the records
+// alone, and a search looks at a record only where the hash is right. At eight bytes a place it is
+// small enough for a processor's cache, while a node-based map took ten times that for each record.
 //
 // Invariants:
 // 1. The number of places is a power of two, or 0; at least a quarter of them is free.
@@ -28,67 +28,78 @@ class CRecordMap {
   CRecordMap(const CRecordMap&) = delete;
   CRecordMap& operator=(const CRecordMap&) = delete;
 
-  std::size_t Count() const { return count_; }
+  std::size_t Count() const { return records_.size(); }
+
+  // Has the processor fetch what a search for the key begins with, while the caller does something
+  // else: in a large schedule that takes as long as all the rest of the search.
+  void Prefetch(std::string_view key) const {
+#if defined(__GNUC__)
+    if (!places_.empty()) __builtin_prefetch(&places_[HashOf(key) & (places_.size() - 1)]);
+#endif
+  }
 
   // Null when there is none.
   Record* Find(std::string_view key) const {
-    return records_.empty() ? nullptr : records_[PlaceOf(key, HashOf(key))];
+    if (places_.empty()) return nullptr;
+    const std::uint32_t position = places_[PlaceOf(key, HashOf(key))].position;
+    return position != kFree ? records_[position] : nullptr;
   }
 
   // The record of that key and whether it is new: when there was none, it is what `make` gives.
   template <typename Maker>
   std::pair<Record*, bool> FindOrAdd(std::string_view key, Maker make) {
-    if (count_ * 4 >= records_.size() * 3) Grow();
+    if (records_.size() * 4 >= places_.size() * 3) Grow();
     const std::uint32_t hash = HashOf(key);
-    const std::size_t place = PlaceOf(key, hash);
-    const bool is_new = records_[place] == nullptr;
+    Place& place = places_[PlaceOf(key, hash)];
+    const bool is_new = place.position == kFree;
     if (is_new) {
-      records_[place] = make();
-      hashes_[place] = hash;
-      ++count_;
+      records_.push_back(make());
+      place = {hash, static_cast<std::uint32_t>(records_.size() - 1)};
     }
-    return {records_[place], is_new};
+    return {records_[place.position], is_new};
   }
 
   void Clear() {
+    places_.clear();
     records_.clear();
-    hashes_.clear();
-    count_ = 0;
   }
 
  private:
+  static constexpr std::uint32_t kFree = 0xffffffff;
+
+  struct Place {
+    std::uint32_t hash = 0;
+    std::uint32_t position = kFree;  // of the record
+  };
+
   // The half of it is enough for as many places as there can be.
   static std::uint32_t HashOf(std::string_view key) {
     return static_cast<std::uint32_t>(KeyHash(key));
   }
 
-  // Where the record of that key stands, or would.
+  // Where the record of that key is noted, or would be.
   std::size_t PlaceOf(std::string_view key, std::uint32_t hash) const {
-    const std::size_t mask = records_.size() - 1;
-    std::size_t place = hash & mask;
-    while (records_[place] != nullptr &&
-           (hashes_[place] != hash || !(records_[place]->key == key))) {
-      place = (place + 1) & mask;
+    const std::size_t mask = places_.size() - 1;
+    std::size_t at = hash & mask;
+    while (places_[at].position != kFree &&
+           (places_[at].hash != hash || !(records_[places_[at].position]->key == key))) {
+      at = (at + 1) & mask;
     }
-    return place;
+    return at;
   }
 
   void Grow() {
-    const std::size_t size = records_.empty() ? 16 : records_.size() * 2;
-    std::vector<Record*> records(size);
-    std::vector<std::uint32_t> hashes(size);
-    for (std::size_t i = 0; i < records_.size(); ++i) {
-      if (records_[i] == nullptr) continue;
-      std::size_t place = hashes_[i] & (size - 1);
-      while (records[place] != nullptr) place = (place + 1) & (size - 1);
-      records[place] = records_[i];
-      hashes[place] = hashes_[i];
+    std::vector<Place> grown(places_.empty() ? 16 : places_.size() * 2);
+    const std::size_t mask = grown.size() - 1;
+    for (const Place& place : places_) {
+      if (place.position == kFree) continue;
+      std::size_t at = place.hash & mask;
+      while (grown[at].position != kFree) at = (at + 1) & mask;
+      grown[at] = place;
     }
-    records_.swap(records);
-    hashes_.swap(hashes);
+    places_.swap(grown);
   }
 
-  std::vector<Record*> records_;
-  std::vector<std::uint32_t> hashes_;
-  std::size_t count_ = 0;
+  std::vector<Place> places_;
+  std::vector<Record*> records_;  // in the order in which they came
 };

@@ -21,7 +21,9 @@ CScheduleItem::CScheduleItem(const CScheduleItem& other, CScheduleMemory& memory
       end(other.end),
       program(other.program),
       program_key(program != nullptr ? program->key.Alias() : memory.Keep(other.program_key)) {
-  for (const auto text : kTexts) this->*text = memory.Keep(other.*text);
+  for (const auto text : kTexts) {
+    if (!(other.*text).IsEmpty()) this->*text = memory.Keep(other.*text);
+  }
 }
 
 void CScheduleItem::Reset() {

@@ -61,7 +61,7 @@ MXML::ATTRIB& CSafeNode::AddNewAttribute(std::string_view attribute_name) {
   return *attribute.release();
 }
 
-void CSafeNode::FreeAttributes() {
+void CSafeNode::KeepSpareAttributes() {
   for (int kept = 0; first_attribute != nullptr && kept < kMostSpareAttributes; ++kept) {
     MXML::ATTRIB* const attribute = std::exchange(first_attribute, first_attribute->next);
     attribute->name.Reset();

@@ -28,5 +28,10 @@ class CSafeNode : public ORVANE::MXML::NODE {
   // Frees children and attributes; the node keeps its own name and value.
   void FreeChildren();
 
-  void FreeAttributes();
+  void FreeAttributes() {
+    if (first_attribute != nullptr) KeepSpareAttributes();
+  }
+
+ private:
+  void KeepSpareAttributes();
 };

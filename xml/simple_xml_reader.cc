@@ -7,6 +7,7 @@
 #include "xml/work_text.h"
 
 using ORVANE::MSTR;
+using ORVANE::MXML;
 
 namespace {
 
@@ -16,7 +17,6 @@ bool IsQuote(char c) { return c == '"' || c == '\''; }
 // something, so no more than five are kept.
 class CEntityName {
  public:
-  void Clear() { length_ = 0; }
   void Add(char c) {
     if (length_ < sizeof name_) name_[length_++] = Lower(c);
   }
@@ -48,6 +48,8 @@ constexpr std::array<bool, 256> TableOf(std::string_view characters) {
 // The bytes that decide something outside a tag, and inside one.
 constexpr auto kTextStops = TableOf("&<");
 constexpr auto kTagStops = TableOf("\"'&/<>");
+// And in a tag's text.
+constexpr auto kTokenStops = TableOf("\"' =");
 
 }  // namespace
 
@@ -61,25 +63,38 @@ inline bool CSimpleXMLReader::ReadOne(char& c) {
   return false;
 }
 
+// Reads the rest of an entity, behind its '&': gives the character, '\0' for a name that means
+// nothing. One that no ';' follows swallows markup too, to the end of the file, and gives false.
+bool CSimpleXMLReader::ReadEntity(char& character) {
+  CEntityName name;
+  for (char c = 0; ReadOne(c); name.Add(c)) {
+    if (c == ';') {
+      character = name.Decode();
+      return true;
+    }
+  }
+  return false;
+}
+
 // Reads up to the next of the `stops`, and adds what goes by to `text`, if there is one. False at
 // the end of the file.
 //
-// Nearly every byte of a file goes through this loop. Its state is all in locals, so that a byte
-// costs a look-up and no trip to memory and back.
+// Nearly every byte of a file goes through the inner loop. There is nothing in it that could touch
+// the stream but the reading of a byte, so its position stays in a register, and what has gone by
+// is copied at once.
 template <typename Text>
 inline bool CSimpleXMLReader::PassBy(const std::array<bool, 256>& stops, Text* text, char& stop) {
+  const auto stops_at = [&stops](char c) { return stops[static_cast<unsigned char>(c)]; };
   char c = 0;
-  if (text == nullptr) {
-    do {
-      if (!ReadOne(c)) return false;
-    } while (!stops[static_cast<unsigned char>(c)]);
-  } else {
-    typename Text::CWriter writer(*text);
-    for (;;) {
-      if (!ReadOne(c)) return false;
-      if (stops[static_cast<unsigned char>(c)]) break;
-      writer.Add(c);
-    }
+  for (;;) {
+    const char* const begin = Cursor();
+    bool stopped = false;
+    while (!stopped && HasByte() && ReadOne(c)) stopped = stops_at(c);
+    if (text != nullptr) text->Add({begin, Cursor() - (stopped ? 1 : 0)});
+    if (stopped) break;
+    if (!ReadOne(c)) return false;
+    if (stops_at(c)) break;
+    if (text != nullptr) text->Add(c);
   }
   stop = c;
   return true;
@@ -91,94 +106,70 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
   markup = false;
   CWorkText<512> tag;
   CWorkText<1024> content;
-  CEntityName entity;
   std::size_t brackets = 0;  // '<' met in this call
-  bool in_tag = false;
   bool skipping = false;
   bool in_quotes = false;  // one flag for both kinds; a '>' does not clear it
   bool is_end_tag = false;
   bool start_parsed = false;
 
-  // Only what stands between the first '<' of a call and the second can become the value.
-  const auto add = [&](char c) {
-    if (!in_tag) {
-      if (brackets == 1) content.Add(c);
-    } else if (!skipping) {
-      tag.Add(c);
-    }
-  };
-
-  char c = 0;
-  bool pending = false;  // `c` has been read and not been looked at
   for (;;) {
-    if (!pending) {
-      const bool more = in_tag ? PassBy(kTagStops, skipping ? nullptr : &tag, c)
-                               : PassBy(kTextStops, brackets == 1 ? &content : nullptr, c);
-      if (!more) return false;
+    // Outside a tag. Only what stands between the first '<' of a call and the second can become
+    // the value.
+    char c = 0;
+    const auto text = brackets == 1 ? &content : nullptr;
+    if (!PassBy(kTextStops, text, c)) return false;
+    if (c == '&') {
+      if (!ReadEntity(c)) return false;
+      if (text != nullptr && c != '\0') text->Add(c);
+      continue;
     }
-    pending = false;
-    switch (c) {
-      case '"':
-      case '\'':
-        if (in_tag && !skipping) in_quotes = !in_quotes;
-        add(c);
-        break;
-      case '&':
-        // One that no ';' follows swallows markup too, to the end of the file.
-        entity.Clear();
-        for (;;) {
-          if (!ReadOne(c)) return false;
-          if (c == ';') break;
-          entity.Add(c);
-        }
-        if (const char decoded = entity.Decode(); decoded != '\0') add(decoded);
-        break;
-      case '/':
-        if (!in_tag) {
-          add(c);
-        } else if (in_quotes) {
-          tag.Add(c);
-        } else {
-          open = false;  // wherever in the tag it stands
-        }
-        break;
-      case '<':
+
+    // In a tag, from its '<' to the next '>'.
+    for (;;) {
+      if (c == '<') {
         markup = true;
         if (brackets == 1) node.value = content.View();
         ++brackets;
         content.Clear();
-        in_tag = true;
         if (!ReadOne(c)) return false;
-        if (c == '!' || c == '?') {
+        if (c == '/') {
+          is_end_tag = true;
+        } else if (c == '!' || c == '?') {
           skipping = true;
           open = false;
-        } else if (c == '/') {
-          is_end_tag = true;
         } else if (brackets > 1) {
           // Another element begins: the next call shall read its '<' again.
           return Seek(-2, SEEK::Current);
         }
-        pending = true;  // it belongs to the tag as well
+        // The byte belongs to the tag as well.
+        if (kTagStops[static_cast<unsigned char>(c)]) continue;
+        if (!skipping) tag.Add(c);
+      } else if (c == '>') {
         break;
-      case '>':
-        if (!in_tag) {
-          add(c);
-          break;
+      } else if (c == '&') {
+        if (!ReadEntity(c)) return false;
+        if (!skipping && c != '\0') tag.Add(c);
+      } else if (c == '/') {
+        if (in_quotes) {
+          tag.Add(c);
+        } else {
+          open = false;  // wherever in the tag it stands
         }
-        if (!start_parsed) {
-          ParseTag(node, tag.View());
-          tag.Clear();
-          start_parsed = true;
-          if (is_end_tag) end_tag = true;
-        } else if (!(node.name == tag.View())) {
-          return false;
-        }
-        in_tag = false;
-        if (!open) return true;
-        break;
-      default:
-        add(c);
+      } else if (!skipping) {
+        in_quotes = !in_quotes;
+        tag.Add(c);
+      }
+      if (!PassBy(kTagStops, skipping ? nullptr : &tag, c)) return false;
     }
+    if (!start_parsed) {
+      ParseTag(node, tag.View());
+      tag.Clear();
+      start_parsed = true;
+      if (is_end_tag) end_tag = true;
+    } else if (!(node.name == tag.View())) {
+      return false;
+    }
+    if (!open) return true;
   }
 }
 
@@ -254,47 +245,70 @@ bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
   }
 }
 
+namespace {
+
+// Cuts a tag's text at blanks and '=' outside quotes.
+class CTokens {
+ public:
+  explicit CTokens(std::string_view tag) : next_(tag.data()), end_(tag.data() + tag.size()) {}
+
+  bool AtEnd() const { return at_end_; }
+
+  // The next token, with the number of quotes in it. There is always one more than there are cuts:
+  // a second blank, or one before the end, makes an empty token.
+  std::string_view Next(std::size_t& quotes) {
+    const char* const begin = next_;
+    quotes = 0;
+    for (;;) {
+      while (next_ != end_ && !kTokenStops[static_cast<unsigned char>(*next_)]) ++next_;
+      if (next_ == end_ || !IsQuote(*next_)) break;
+      do {
+        ++next_;
+      } while (next_ != end_ && !IsQuote(*next_));
+      ++quotes;
+      if (next_ == end_) break;
+      ++quotes;
+      ++next_;
+    }
+    const std::string_view token(begin, static_cast<std::size_t>(next_ - begin));
+    at_end_ = next_ == end_;
+    if (!at_end_) ++next_;
+    return token;
+  }
+
+ private:
+  const char* next_;
+  const char* const end_;
+  bool at_end_ = false;
+};
+
+// An attribute's value is its token without any quotes, interior ones too.
+void SetValue(MXML::ATTRIB& attribute, std::string_view token, std::size_t quotes) {
+  if (quotes == 2 && IsQuote(token.front()) && IsQuote(token.back())) {
+    attribute.value = token.substr(1, token.size() - 2);
+    return;
+  }
+  CWorkText<256> unquoted;
+  for (const char c : token) {
+    if (!IsQuote(c)) unquoted.Add(c);
+  }
+  attribute.value = unquoted.View();
+}
+
+}  // namespace
+
 bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
   node.FreeAttributes();
-  CWorkText<256> unquoted;
-  ORVANE::MXML::ATTRIB* pending = nullptr;
-  bool named = false;
-
-  // The first token is the element's name; then names and values alternate. A second blank, or one
-  // before the end, makes an empty token; blanks around '=' therefore part a value from its name.
-  const auto take = [&](std::string_view token, std::size_t quotes) {
-    if (!named) {
-      node.name = token;
-      named = true;
-    } else if (pending == nullptr) {
-      pending = &node.AddNewAttribute(token);
-    } else {
-      if (quotes == 2 && IsQuote(token.front()) && IsQuote(token.back())) {
-        pending->value = token.substr(1, token.size() - 2);
-      } else {
-        unquoted.Clear();
-        for (const char c : token) {
-          if (!IsQuote(c)) unquoted.Add(c);  // interior ones too
-        }
-        pending->value = unquoted.View();
-      }
-      pending = nullptr;
-    }
-  };
-
-  std::size_t quotes = 0;  // in the token; between the first and the second of a pair it goes on
-  std::size_t begin = 0;
-  for (std::size_t at = 0; at < tag.size(); ++at) {
-    const char c = tag[at];
-    if (IsQuote(c)) {
-      ++quotes;
-    } else if ((c == ' ' || c == '=') && quotes % 2 == 0) {
-      take(tag.substr(begin, at - begin), quotes);
-      begin = at + 1;
-      quotes = 0;
-    }
+  CTokens tokens(tag);
+  std::size_t quotes = 0;
+  node.name = tokens.Next(quotes);
+  // Names and values alternate; blanks around '=' therefore part a value from its name.
+  while (!tokens.AtEnd()) {
+    MXML::ATTRIB& attribute = node.AddNewAttribute(tokens.Next(quotes));
+    if (tokens.AtEnd()) break;
+    const std::string_view value = tokens.Next(quotes);
+    SetValue(attribute, value, quotes);
   }
-  take(tag.substr(begin), quotes);
   return true;
 }
 

@@ -48,6 +48,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
  private:
   bool ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup);
   bool ReadOne(char& c);
+  bool ReadEntity(char& character);
   template <typename Text>
   bool PassBy(const std::array<bool, 256>& stops, Text* text, char& stop);
 };
