@@ -74,7 +74,12 @@ void MSTR::Append(std::string_view text) {
 }
 
 void MSTR::Truncate(std::uint32_t length) {
-  if (length < Length()) Assign(View().substr(0, length));
+  if (length >= Length()) return;
+  if (OnHeap() || IsInline()) {
+    Put(length, {});
+  } else {
+    Assign(View().substr(0, length));
+  }
 }
 
 void MSTR::Format(const char* format, ...) {

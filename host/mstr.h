@@ -56,8 +56,8 @@ class ORVANE_API MSTR {
   virtual ~MSTR() { Free(); }
 
   // A text that does not own its characters: they stand in `storage`, PlacedBytes of them, aligned
-  // to 8, and the text must not outlive it. Copies and changed texts own theirs as ever. Short
-  // texts need no storage.
+  // to 8, and the text must not outlive it, nor the one that it is moved to. Copies and changed
+  // texts own theirs as ever. Short texts need no storage.
   static std::size_t PlacedBytes(std::size_t length) {
     return length <= kInlineLength ? 0 : (sizeof(HEADER) + length + 1 + 7) / 8 * 8;
   }

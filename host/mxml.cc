@@ -1,7 +1,9 @@
 #include "host/mxml.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <vector>
 
 #include "host/mstrm.h"
 
@@ -11,18 +13,17 @@ MXML::NODE* MXML::NODE::FindNode(std::string_view wanted) const {
   for (NODE* child = first_child; child != nullptr; child = child->next_sibling) {
     if (child->name == wanted) return child;
   }
+  // The nodes behind those that are being looked into, innermost last: depth costs no stack.
+  std::vector<NODE*> behind;
   NODE* node = first_child;
   while (node != nullptr) {
     if (node->name == wanted) return node;
-    if (node->first_child != nullptr) {
-      node = node->first_child;
-      continue;
+    if (node->next_sibling != nullptr) behind.push_back(node->next_sibling);
+    node = node->first_child;
+    if (node == nullptr && !behind.empty()) {
+      node = behind.back();
+      behind.pop_back();
     }
-    while (node->next_sibling == nullptr) {
-      node = node->parent;
-      if (node == this) return nullptr;
-    }
-    node = node->next_sibling;
   }
   return nullptr;
 }
@@ -128,10 +129,30 @@ void AppendText(std::string_view raw, MSTR& text) {
   text.Append(raw.substr(copied));
 }
 
-// One pass over a document's text. Nesting is kept in the tree itself, so its depth costs no stack.
+// The names of a document. There are a few, again and again: those met lately are not kept twice.
+class NAMES {
+ public:
+  explicit NAMES(MBLOCKS& memory) : memory_(memory) {}
+
+  MSTR Keep(std::string_view name) {
+    const auto letter = [&](std::size_t at) { return static_cast<unsigned char>(name[at]); };
+    const std::size_t mixed =
+        letter(0) * 5u + letter(name.size() / 2) * 3u + letter(name.size() - 1) + name.size() * 7u;
+    MSTR& recent = recent_[mixed % recent_.size()];
+    if (!(recent == name)) recent = memory_.Keep(name);
+    return recent.Alias();
+  }
+
+ private:
+  MBLOCKS& memory_;
+  std::array<MSTR, 64> recent_;
+};
+
+// One pass over a document's text.
 class PARSER {
  public:
-  PARSER(std::string_view text, MXML::NODE& root) : text_(text), root_(root), open_(&root) {}
+  PARSER(std::string_view text, MXML::NODE& root, MBLOCKS& memory)
+      : text_(text), root_(root), memory_(memory), names_(memory) {}
 
   // False when the document is malformed; `root` then holds what was read before the fault.
   bool Parse() {
@@ -139,18 +160,34 @@ class PARSER {
     while (at_ < text_.size()) {
       if (!(text_[at_] == '<' ? Markup() : CharacterData())) return false;
     }
-    return open_ == &root_ && root_.first_child != nullptr;
+    return open_.empty() && root_.first_child != nullptr;
   }
 
  private:
-  bool InDocumentElement() const { return open_ != &root_; }
+  // An element that has not been closed. Its text so far ends the texts of all such elements, which
+  // stand one behind the other: what an inner one adds is taken off when it is closed.
+  struct OPEN {
+    MXML::NODE* node;
+    std::uint32_t text_begin;
+  };
+
+  bool InDocumentElement() const { return !open_.empty(); }
+
+  void Open(MXML::NODE& node) { open_.push_back({&node, open_text_.Length()}); }
+
+  void Close() {
+    const OPEN closed = open_.back();
+    open_.pop_back();
+    closed.node->value = memory_.Keep(open_text_.View().substr(closed.text_begin));
+    open_text_.Truncate(closed.text_begin);
+  }
 
   bool CharacterData() {
     const std::size_t end = text_.find('<', at_);
     const std::string_view raw = text_.substr(at_, end - at_);
     at_ += raw.size();
     if (InDocumentElement()) {
-      AppendText(raw, open_->value);
+      AppendText(raw, open_text_);
       return true;
     }
     for (const char c : raw) {
@@ -160,10 +197,12 @@ class PARSER {
   }
 
   bool Markup() {
+    const char second = at_ + 1 < text_.size() ? text_[at_ + 1] : '\0';
+    if (second == '/') return EndTag();
+    if (second == '?') return SkipPast("?>", 2);
+    if (second != '!') return StartTag();
     const std::string_view rest = text_.substr(at_);
-    if (rest.substr(0, 2) == "</") return EndTag();
     if (rest.substr(0, 4) == "<!--") return SkipPast("-->", 4);
-    if (rest.substr(0, 2) == "<?") return SkipPast("?>", 2);
     if (rest.substr(0, 9) == "<![CDATA[") return CharacterSection();
     if (rest.substr(0, 9) == "<!DOCTYPE") return DocumentType();
     return StartTag();
@@ -179,7 +218,7 @@ class PARSER {
   bool CharacterSection() {
     const std::size_t begin = at_ + 9;
     if (!InDocumentElement() || !SkipPast("]]>", 9)) return false;
-    open_->value.Append(text_.substr(begin, at_ - 3 - begin));
+    open_text_.Append(text_.substr(begin, at_ - 3 - begin));
     return true;
   }
 
@@ -223,9 +262,9 @@ class PARSER {
 
   bool EndTag() {
     at_ += 2;
-    if (!InDocumentElement() || !(open_->name == Name())) return false;
+    if (!InDocumentElement() || !(open_.back().node->name == Name())) return false;
     Blanks();
-    open_ = open_->parent;
+    Close();
     return Take('>');
   }
 
@@ -234,19 +273,18 @@ class PARSER {
     const std::string_view name = Name();
     const bool second_document = !InDocumentElement() && root_.first_child != nullptr;
     if (name.empty() || second_document) return false;
-    auto node = std::make_unique<MXML::NODE>();
-    node->name = name;
-    MXML::NODE* const added = node.get();
-    open_->AddNode(node.release());
+    auto* const node = memory_.Make<MXML::NODE>();
+    node->name = names_.Keep(name);
+    (InDocumentElement() ? *open_.back().node : root_).AddNode(node);
     for (;;) {
       const std::size_t before = at_;
       Blanks();
       if (Take('>')) {
-        open_ = added;
+        Open(*node);
         return true;
       }
       if (Take('/')) return Take('>');
-      if (at_ == before || !Attribute(*added)) return false;
+      if (at_ == before || !Attribute(*node)) return false;
     }
   }
 
@@ -261,22 +299,30 @@ class PARSER {
     if ((quote != '"' && quote != '\'') || !SkipPast({&quote, 1}, 1)) return false;
     const std::string_view raw = text_.substr(begin, at_ - 1 - begin);
     if (raw.find('<') != std::string_view::npos) return false;
-    auto attribute = std::make_unique<MXML::ATTRIB>();
-    attribute->name = name;
-    AppendText(raw, attribute->value);
-    node.AddAttribute(attribute.release());
+    MSTR value;
+    AppendText(raw, value);
+    auto* const attribute = memory_.Make<MXML::ATTRIB>();
+    attribute->name = names_.Keep(name);
+    attribute->value = memory_.Keep(value.View());
+    node.AddAttribute(attribute);
     return true;
   }
 
   const std::string_view text_;
   MXML::NODE& root_;
-  MXML::NODE* open_;  // the innermost element not yet closed
+  MBLOCKS& memory_;
+  NAMES names_;
+  std::vector<OPEN> open_;  // innermost last: depth costs no stack
+  MSTR open_text_;
   std::size_t at_ = 0;
 };
 
 bool ReadWhole(const MSTR& file_name, MSTR& text) {
   MSTRM stream;
   if (!stream.Open(file_name, true, false, true)) return false;
+  stream.Seek(0, MSTRM::SEEK::End);
+  text.Reserve(static_cast<std::size_t>(stream.Position()));
+  stream.Seek(0, MSTRM::SEEK::Start);
   char block[16 * 1024];
   for (int count = stream.Read(block, sizeof block); count > 0;
        count = stream.Read(block, sizeof block)) {
@@ -287,32 +333,17 @@ bool ReadWhole(const MSTR& file_name, MSTR& text) {
 
 }  // namespace
 
-MXML::~MXML() { Clear(); }
-
 void MXML::Clear() {
   text_ = MSTR();
-  // Leaves go first; a parent is reached again once its children are gone. Depth costs no stack.
-  NODE* node = root_.first_child;
-  while (node != nullptr && node != &root_) {
-    if (NODE* const child = std::exchange(node->first_child, nullptr); child != nullptr) {
-      node = child;
-      continue;
-    }
-    NODE* const next = node->next_sibling != nullptr ? node->next_sibling : node->parent;
-    while (node->first_attribute != nullptr) {
-      delete std::exchange(node->first_attribute, node->first_attribute->next);
-    }
-    delete node;
-    node = next;
-  }
   root_.first_child = root_.last_child = nullptr;
+  memory_.Clear();
 }
 
 bool MXML::Load(const MSTR& file_name) {
   Clear();
   MSTR text;
   if (!ReadWhole(file_name, text)) return false;
-  if (!PARSER(text.View(), root_).Parse()) {
+  if (!PARSER(text.View(), root_, memory_).Parse()) {
     Clear();
     return false;
   }

@@ -1,8 +1,9 @@
 // The engine's XML document, held as a tree, and the node record that the plug-in's own reader
 // builds too.
 //
-// Ownership: a document owns its tree. A node owns its name and value only; whoever makes a tree
-//   of nodes frees it.
+// Ownership: a document owns its tree, whose nodes and texts stand in its memory: what is moved out
+//   of a node must not outlive the document. A node owns its name and value only; whoever makes a
+//   tree of nodes frees it.
 // Threads: a document or tree belongs to one thread.
 // Errors: a file that cannot be read or is malformed leaves an empty text and a root without
 //   children; MBADALLOC when memory runs out.
@@ -11,6 +12,7 @@
 #include <string_view>
 
 #include "host/api.h"
+#include "host/mblocks.h"
 #include "host/mstr.h"
 
 namespace ORVANE {
@@ -21,17 +23,16 @@ class ORVANE_API MXML {
     MSTR name;
     MSTR value;
     ATTRIB* next = nullptr;
+    ATTRIB* last = nullptr;  // of the list, in its first attribute
   };
 
   struct ORVANE_API NODE {
     MSTR name;
     MSTR value;
-    NODE* parent = nullptr;
     NODE* first_child = nullptr;
     NODE* last_child = nullptr;
     NODE* next_sibling = nullptr;
     ATTRIB* first_attribute = nullptr;
-    ATTRIB* last_attribute = nullptr;
     // No part of the tree: what whoever makes one tree after the other keeps of the last one.
     NODE* spare_child = nullptr;
     ATTRIB* spare_attribute = nullptr;
@@ -52,13 +53,12 @@ class ORVANE_API MXML {
 
     // Link a child or an attribute in, as the last one.
     void AddNode(NODE* child) {
-      child->parent = this;
       (last_child != nullptr ? last_child->next_sibling : first_child) = child;
       last_child = child;
     }
     void AddAttribute(ATTRIB* attribute) {
-      (last_attribute != nullptr ? last_attribute->next : first_attribute) = attribute;
-      last_attribute = attribute;
+      (first_attribute != nullptr ? first_attribute->last->next : first_attribute) = attribute;
+      first_attribute->last = attribute;
     }
 
    private:
@@ -68,7 +68,7 @@ class ORVANE_API MXML {
   MXML() = default;
   MXML(const MXML&) = delete;
   MXML& operator=(const MXML&) = delete;
-  ~MXML();
+  ~MXML() = default;
 
   // Reads a whole XML 1.0 document without validating it, in place of what was held before.
   //
@@ -89,6 +89,7 @@ class ORVANE_API MXML {
   void Clear();
 
   MSTR text_;
+  MBLOCKS memory_;
   NODE root_;
 };
 

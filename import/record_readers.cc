@@ -28,7 +28,7 @@ struct Field {
 
 template <typename Record, MSTR Record::*kText>
 void AssignText(Record& record, MSTR& text, std::int32_t /*base_time*/) {
-  record.*kText = std::move(text);
+  record.*kText = text;  // a copy: the original may stand in a document's memory
 }
 
 template <typename Record, std::int32_t Record::*kNumber>

@@ -69,7 +69,6 @@ void CSafeNode::KeepSpareAttributes() {
     attribute->next = std::exchange(spare_attribute, attribute);
   }
   DeleteAttributes(first_attribute);
-  last_attribute = nullptr;
 }
 
 void CSafeNode::FreeChildren() {

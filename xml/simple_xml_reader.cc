@@ -205,7 +205,7 @@ class COpenPath {
   bool IsAtParent() const { return innermost_ == &parent_; }
 
   void Enter(std::unique_ptr<CSafeNode> node) {
-    node->parent = innermost_;
+    node->next_sibling = innermost_;  // it has no sibling yet
     innermost_ = node.release();
   }
 
@@ -217,7 +217,9 @@ class COpenPath {
 
  private:
   CSafeNode* Leave() {
-    return std::exchange(innermost_, static_cast<CSafeNode*>(innermost_->parent));
+    CSafeNode* const outer = static_cast<CSafeNode*>(innermost_->next_sibling);
+    innermost_->next_sibling = nullptr;
+    return std::exchange(innermost_, outer);
   }
 
   CSafeNode& parent_;
