@@ -35,11 +35,11 @@ void LogToStandardError() {
                                : type == ORVANE::MLOG::CALLER ? "  at "
                                                               : "log: ";
     std::string entry = prefix;
-    for (const char c : text) {
-      entry += c;
-      if (c == '\n') entry += "  ";
+    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+      entry.append(text, 0, end + 1).append("  ");
+      text.remove_prefix(end + 1);
     }
-    entry += '\n';
+    entry.append(text) += '\n';
     std::fwrite(entry.data(), 1, entry.size(), stderr);
   });
 }

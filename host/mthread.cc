@@ -31,12 +31,15 @@ bool MTHREAD::Start() {
 void MTHREAD::Stop() { stop_.store(true, std::memory_order_release); }
 
 void MTHREAD::Body() {
-  try {
-    Run();
-  } catch (const std::exception& error) {
-    MLog.Log(MLOG::ERROR, "A thread ended by an exception: %s", error.what());
-  } catch (...) {
-    MLog.Log(MLOG::ERROR, "A thread ended by an exception of an unknown kind.");
+  {
+    const MLOG::BACKGROUND log;
+    try {
+      Run();
+    } catch (const std::exception& error) {
+      MLog.Log(MLOG::ERROR, "A thread ended by an exception: %s", error.what());
+    } catch (...) {
+      MLog.Log(MLOG::ERROR, "A thread ended by an exception of an unknown kind.");
+    }
   }
   active_.store(false, std::memory_order_release);
 }

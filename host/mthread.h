@@ -41,7 +41,7 @@ class ORVANE_API MTHREAD : public MOBJ {
   // Asks the body to end; returns at once.
   virtual void Stop();
 
-  // True from Start until Run has returned.
+  // True from Start until Run has returned and all that it has logged is written.
   bool Active() const { return active_.load(std::memory_order_acquire); }
 
  private:

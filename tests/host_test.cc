@@ -113,12 +113,14 @@ TEST(Mstrm, OpensRegularFilesAndStepsBackAcrossItsWindow) {
   }
 }
 
-TEST(Threads, AreActiveUntilRunHasThrown) {
+TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
+  static constexpr std::size_t kEntries = 30'000;  // more than may wait for the sink
   struct Worker final : MTHREAD {
     Worker() : MTHREAD(0) {}
     void Run() override {
       begun.release();
       gate.acquire();
+      for (std::size_t i = 0; i < kEntries; ++i) ORVANE::MLog.Log("%zu", i);
       if (CheckStop()) throw std::runtime_error("no %s disk");
     }
     std::binary_semaphore begun{0}, gate{0};
@@ -131,7 +133,10 @@ TEST(Threads, AreActiveUntilRunHasThrown) {
   EXPECT_TRUE(worker.Active());
   worker.gate.release();
   while (worker.Active()) std::this_thread::yield();
-  EXPECT_EQ("error: A thread ended by an exception: no %s disk", log.Take().at(0));
+  const std::vector<std::string> entries = log.Take();
+  ASSERT_EQ(kEntries + 1, entries.size());
+  for (std::size_t i = 0; i < kEntries; ++i) ASSERT_EQ("log: " + std::to_string(i), entries[i]);
+  EXPECT_EQ("error: A thread ended by an exception: no %s disk", entries.back());
 }
 
 }  // namespace
