@@ -94,6 +94,8 @@ class ORVANE_API MSTR {
   const char* Text() const { return IsInline() ? InlineText() : Pointer(); }
   std::uint32_t Length() const { return IsInline() ? InlineLength() : Header()->length; }
   bool IsEmpty() const { return Length() == 0; }
+  // The characters are somebody else's.
+  bool IsPlaced() const { return (word_ & (kIsInline | kIsBorrowed)) == kIsBorrowed; }
   std::string_view View() const { return {Text(), Length()}; }
 
   // Allocates exactly what `text` needs, or keeps the storage that is large enough. `text` may be

@@ -1,6 +1,7 @@
 #include "host/script.h"
 
 #include <mutex>
+#include <typeinfo>
 
 #include "host/mlog.h"
 
@@ -83,36 +84,49 @@ MSSINSTANCE* MSSINSTANCE::FindMemberVar(const char* /*name*/) { return nullptr; 
 MSSINTEGER* MSSINTEGER::Allocate() { return new MSSINTEGER; }
 MSSSTRING* MSSSTRING::Allocate() { return new MSSSTRING; }
 
+namespace {
+
+// The value as one of a final class; null when it is of another. Quicker than a general cast.
+template <typename VALUE>
+const VALUE* As(const MSSINSTANCE* value) {
+  return value != nullptr && typeid(*value) == typeid(VALUE) ? static_cast<const VALUE*>(value)
+                                                             : nullptr;
+}
+
+}  // namespace
+
 MSSEXEC::MSSEXEC(MSSINSTANCE* self, std::string_view place) : self_(self), place_(place) {}
 MSSEXEC::~MSSEXEC() = default;
 
-void MSSEXEC::AddArgument(std::int32_t value) {
-  auto* const argument = MSSINTEGER::Allocate();
-  arguments_.emplace_back(argument);
-  argument->value = value;
+MSSEXEC::VALUE& MSSEXEC::AddValue() {
+  VALUE& value = count_ < kInline ? arguments_[count_]
+                                  : *more_arguments_.emplace_back(std::make_unique<VALUE>());
+  ++count_;
+  return value;
 }
 
-void MSSEXEC::AddArgument(std::string_view value) {
-  auto* const argument = MSSSTRING::Allocate();
-  arguments_.emplace_back(argument);
-  argument->value = value;
-}
+void MSSEXEC::AddArgument(std::int32_t value) { AddValue().emplace<MSSINTEGER>().value = value; }
 
-MSSINSTANCE* MSSEXEC::GetLocal(int index) const {
+void MSSEXEC::AddArgument(std::string_view value) { AddValue().emplace<MSSSTRING>().value = value; }
+
+MSSINSTANCE* MSSEXEC::GetLocal(int index) {
   if (index == 0) return self_;
   const auto position = static_cast<std::size_t>(index) - 1;
-  return index > 0 && position < arguments_.size() ? arguments_[position].get() : nullptr;
+  if (index < 0 || position >= count_) return nullptr;
+  VALUE& value = position < kInline ? arguments_[position] : *more_arguments_[position - kInline];
+  if (auto* const integer = std::get_if<MSSINTEGER>(&value)) return integer;
+  return std::get_if<MSSSTRING>(&value);
 }
 
-bool MSSEXEC::GetLocalInt(int index, std::int32_t& value) const {
-  const auto* const local = dynamic_cast<const MSSINTEGER*>(GetLocal(index));
+bool MSSEXEC::GetLocalInt(int index, std::int32_t& value) {
+  const auto* const local = As<MSSINTEGER>(GetLocal(index));
   if (local == nullptr) return false;
   value = local->value;
   return true;
 }
 
-bool MSSEXEC::GetLocalString(int index, const MSTR*& text) const {
-  const auto* const local = dynamic_cast<const MSSSTRING*>(GetLocal(index));
+bool MSSEXEC::GetLocalString(int index, const MSTR*& text) {
+  const auto* const local = As<MSSSTRING>(GetLocal(index));
   if (local == nullptr) return false;
   text = &local->value;
   return true;
@@ -123,6 +137,8 @@ bool MSSEXEC::Push(MSSINSTANCE* result) {
   return true;
 }
 
-void MSSEXEC::LogCallers() const { MLog.Log(MLOG::CALLER, "%s", place_.Text()); }
+void MSSEXEC::LogCallers() const {
+  MLog.Log(MLOG::CALLER, "%.*s", static_cast<int>(place_.size()), place_.data());
+}
 
 }  // namespace ORVANE

@@ -5,9 +5,12 @@
 // Threads: a call belongs to one thread; classes are changed only while they are built.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "host/api.h"
@@ -114,7 +117,7 @@ using INSTANCEPTR = std::unique_ptr<MSSINSTANCE, RELEASE>;
 class ORVANE_API MSSEXEC {
  public:
   // `self` stays the caller's, and may be null. `place` names the calling script line for the call
-  // stack.
+  // stack, and must outlive the call.
   MSSEXEC(MSSINSTANCE* self, std::string_view place);
   MSSEXEC(const MSSEXEC&) = delete;
   MSSEXEC& operator=(const MSSEXEC&) = delete;
@@ -125,11 +128,11 @@ class ORVANE_API MSSEXEC {
 
   // Local 0 is the instance called, local i its i-th argument; null when there is none. What is
   // returned stays the call's.
-  MSSINSTANCE* GetLocal(int index) const;
+  MSSINSTANCE* GetLocal(int index);
   // False, and nothing stored, when the local is missing or of another type. The text stays valid
   // for the call.
-  [[nodiscard]] bool GetLocalInt(int index, std::int32_t& value) const;
-  [[nodiscard]] bool GetLocalString(int index, const MSTR*& text) const;
+  [[nodiscard]] bool GetLocalInt(int index, std::int32_t& value);
+  [[nodiscard]] bool GetLocalString(int index, const MSTR*& text);
 
   // Hands the call's result over; a later one replaces it.
   bool Push(MSSINSTANCE* result);
@@ -140,10 +143,19 @@ class ORVANE_API MSSEXEC {
   const MSSINSTANCE* Result() const { return result_.get(); }
 
  private:
+  // Nearly every method has as few arguments as stand in here: a call then costs one allocation,
+  // for its result.
+  using VALUE = std::variant<std::monostate, MSSINTEGER, MSSSTRING>;
+  static constexpr std::size_t kInline = 4;
+
+  VALUE& AddValue();
+
   MSSINSTANCE* const self_;
-  std::vector<INSTANCEPTR> arguments_;
+  const std::string_view place_;
+  std::size_t count_ = 0;
+  std::array<VALUE, kInline> arguments_;
+  std::vector<std::unique_ptr<VALUE>> more_arguments_;
   INSTANCEPTR result_;
-  MSTR place_;
 };
 
 }  // namespace ORVANE

@@ -28,7 +28,11 @@ struct Field {
 
 template <typename Record, MSTR Record::*kText>
 void AssignText(Record& record, MSTR& text, std::int32_t /*base_time*/) {
-  record.*kText = text;  // a copy: the original may stand in a document's memory
+  if (text.IsPlaced()) {
+    record.*kText = text;  // a copy, as a document's texts go with it
+  } else {
+    record.*kText = std::move(text);
+  }
 }
 
 template <typename Record, std::int32_t Record::*kNumber>

@@ -1,5 +1,9 @@
 #include "import/rt_data.h"
 
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "import/listings_import.h"
@@ -28,6 +32,18 @@ bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& s
     }
     programme.AddNode(field.release());
   }
+}
+
+// Programmes of the same title and texts are one programme: the key is "RT-", the title up to a
+// NUL,
+// '-' and the sum of the texts' hashes as a signed number.
+void SetProgramKey(CProgram& program) {
+  const std::uint32_t sum = program.description.Id() + program.episode_title.Id();
+  char number[1 + 11] = {'-'};
+  const auto end = std::to_chars(number + 1, std::end(number), static_cast<std::int32_t>(sum)).ptr;
+  program.key = "RT-";
+  program.key += program.title.Text();
+  program.key += std::string_view(number, static_cast<std::size_t>(end - number));
 }
 
 }  // namespace
@@ -71,7 +87,7 @@ bool CRTData::ImportProgramme(MXML::NODE& node, Draft& draft) {
   MSTR start_time;
   MSTR end_time;
   const struct {
-    const char* name;
+    std::string_view name;
     MSTR& target;
   } fields[] = {
       {"ChannelName", item.station_key},
@@ -99,14 +115,13 @@ bool CRTData::ImportProgramme(MXML::NODE& node, Draft& draft) {
     if (!AddStation(added)) return false;
   }
 
-  const std::uint32_t sum = program.description.Id() + program.episode_title.Id();
-  program.key.Format("RT-%s-%i", program.title.Text(), static_cast<std::int32_t>(sum));
-  item.program = AddProgram(program).first;
-
+  SetProgramKey(program);
+  PrefetchProgram(program.key.View());
   const auto time = [&date](const MSTR& text) {
     return ParseTime(TimeLayout::kDayFirst, date, text.IsEmpty() ? nullptr : &text);
   };
   item.start = time(start_time);
   item.end = EndAfter(item.start, time(end_time));
+  item.program = AddProgram(program).first;
   return station->Insert(item);
 }

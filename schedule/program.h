@@ -4,7 +4,7 @@
 #include "host/mxml.h"
 #include "schedule/provider_kind.h"
 
-class CScheduleMemory;
+struct CScheduleMemory;
 
 struct CProgram {
   CProgram() = default;

@@ -37,7 +37,7 @@ bool CProviderData::AddStation(std::unique_ptr<CStation>& station) {
 
 std::pair<const CProgram*, bool> CProviderData::AddProgram(const CProgram& program) {
   return program_map_.FindOrAdd(program.key.View(),
-                                [&] { return memory_.Make<CProgram>(program, memory_); });
+                                [&] { return memory_.programs.Make<CProgram>(program, memory_); });
 }
 
 MSTR CProviderData::GetStatistics() const {

@@ -9,30 +9,22 @@
 // Errors: MBADALLOC.
 #pragma once
 
-#include <utility>
-
 #include "host/mblocks.h"
 #include "host/mstr.h"
 
-class CScheduleMemory {
- public:
+struct CScheduleMemory {
   // A copy of the text; it must not outlive the memory.
-  ORVANE::MSTR Keep(const ORVANE::MSTR& text) { return texts_.Keep(text.View()); }
-
-  // Makes a record all of whose texts are kept here.
-  template <typename Record, typename... Arguments>
-  Record* Make(Arguments&&... arguments) {
-    return records_.Make<Record>(std::forward<Arguments>(arguments)...);
-  }
+  ORVANE::MSTR Keep(const ORVANE::MSTR& text) { return texts.Keep(text.View()); }
 
   // Gives everything back.
   void Clear() {
-    records_.Clear();
-    texts_.Clear();
+    items.Clear();
+    programs.Clear();
+    texts.Clear();
   }
 
- private:
-  // Apart, since walks from record to record rarely look at their texts.
-  ORVANE::MBLOCKS records_;
-  ORVANE::MBLOCKS texts_;
+  // Apart, since a walk from item to item looks at nothing else.
+  ORVANE::MBLOCKS items;
+  ORVANE::MBLOCKS programs;
+  ORVANE::MBLOCKS texts;
 };

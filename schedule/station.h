@@ -15,7 +15,7 @@
 #include "schedule/schedule_item.h"
 
 struct CCacheLoad;
-class CScheduleMemory;
+struct CScheduleMemory;
 
 // Invariants of the time index:
 // 1. The items form a doubly linked list with strictly increasing starts.
@@ -96,6 +96,7 @@ class CStation {
 
   CScheduleMemory& memory_;
   std::int64_t index_base_ = 0;  // 64 bits: it moves below the earliest start
+  std::int32_t first_start_ = 0;
   std::int32_t schedule_end_ = 0;
   std::int32_t item_count_ = 0;
   CScheduleItem* first_item_ = nullptr;

@@ -53,51 +53,45 @@ constexpr auto kTokenStops = TableOf("\"' =");
 
 }  // namespace
 
-// The next byte; false at the end of the file.
-inline bool CSimpleXMLReader::ReadOne(char& c) {
-  char byte;
-  if (Read(&byte, 1) == 1) [[likely]] {
-    c = byte;
-    return true;
-  }
-  return false;
+// The next byte; kEnd at the end of the file.
+inline int CSimpleXMLReader::ReadOne() {
+  unsigned char byte;
+  return Read(&byte, 1) == 1 ? byte : kEnd;
 }
 
 // Reads the rest of an entity, behind its '&': gives the character, '\0' for a name that means
-// nothing. One that no ';' follows swallows markup too, to the end of the file, and gives false.
-bool CSimpleXMLReader::ReadEntity(char& character) {
+// nothing. One that no ';' follows swallows markup too, to the end of the file, and gives kEnd.
+int CSimpleXMLReader::ReadEntity() {
   CEntityName name;
-  for (char c = 0; ReadOne(c); name.Add(c)) {
-    if (c == ';') {
-      character = name.Decode();
-      return true;
-    }
+  for (int c = ReadOne(); c != kEnd; c = ReadOne()) {
+    if (c == ';') return name.Decode();
+    name.Add(static_cast<char>(c));
   }
-  return false;
+  return kEnd;
 }
 
-// Reads up to the next of the `stops`, and adds what goes by to `text`, if there is one. False at
-// the end of the file.
+// Reads up to the next of the `stops` and gives it, or kEnd; adds what goes by to `text`, if there
+// is one.
 //
 // Nearly every byte of a file goes through the inner loop. There is nothing in it that could touch
 // the stream but the reading of a byte, so its position stays in a register, and what has gone by
 // is copied at once.
 template <typename Text>
-inline bool CSimpleXMLReader::PassBy(const std::array<bool, 256>& stops, Text* text, char& stop) {
-  const auto stops_at = [&stops](char c) { return stops[static_cast<unsigned char>(c)]; };
-  char c = 0;
+inline int CSimpleXMLReader::PassBy(const std::array<bool, 256>& stops, Text* text) {
   for (;;) {
     const char* const begin = Cursor();
-    bool stopped = false;
-    while (!stopped && HasByte() && ReadOne(c)) stopped = stops_at(c);
-    if (text != nullptr) text->Add({begin, Cursor() - (stopped ? 1 : 0)});
-    if (stopped) break;
-    if (!ReadOne(c)) return false;
-    if (stops_at(c)) break;
-    if (text != nullptr) text->Add(c);
+    while (HasByte()) {
+      const int c = ReadOne();
+      if (stops[static_cast<unsigned char>(c)]) {
+        if (text != nullptr) text->Add({begin, Cursor() - 1});
+        return c;
+      }
+    }
+    if (text != nullptr) text->Add({begin, Cursor()});
+    const int c = ReadOne();  // the first of the next window
+    if (c == kEnd || stops[static_cast<unsigned char>(c)]) return c;
+    if (text != nullptr) text->Add(static_cast<char>(c));
   }
-  stop = c;
-  return true;
 }
 
 bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup) {
@@ -115,23 +109,25 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
   for (;;) {
     // Outside a tag. Only what stands between the first '<' of a call and the second can become
     // the value.
-    char c = 0;
     const auto text = brackets == 1 ? &content : nullptr;
-    if (!PassBy(kTextStops, text, c)) return false;
+    int c = PassBy(kTextStops, text);
+    if (c == kEnd) return false;
     if (c == '&') {
-      if (!ReadEntity(c)) return false;
-      if (text != nullptr && c != '\0') text->Add(c);
+      c = ReadEntity();
+      if (c == kEnd) return false;
+      if (text != nullptr && c != '\0') text->Add(static_cast<char>(c));
       continue;
     }
 
     // In a tag, from its '<' to the next '>'.
-    for (;;) {
+    while (c != '>') {
       if (c == '<') {
         markup = true;
         if (brackets == 1) node.value = content.View();
         ++brackets;
         content.Clear();
-        if (!ReadOne(c)) return false;
+        c = ReadOne();
+        if (c == kEnd) return false;
         if (c == '/') {
           is_end_tag = true;
         } else if (c == '!' || c == '?') {
@@ -143,23 +139,23 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool
         }
         // The byte belongs to the tag as well.
         if (kTagStops[static_cast<unsigned char>(c)]) continue;
-        if (!skipping) tag.Add(c);
-      } else if (c == '>') {
-        break;
+        if (!skipping) tag.Add(static_cast<char>(c));
       } else if (c == '&') {
-        if (!ReadEntity(c)) return false;
-        if (!skipping && c != '\0') tag.Add(c);
+        c = ReadEntity();
+        if (c == kEnd) return false;
+        if (!skipping && c != '\0') tag.Add(static_cast<char>(c));
       } else if (c == '/') {
         if (in_quotes) {
-          tag.Add(c);
+          tag.Add('/');
         } else {
           open = false;  // wherever in the tag it stands
         }
       } else if (!skipping) {
         in_quotes = !in_quotes;
-        tag.Add(c);
+        tag.Add(static_cast<char>(c));
       }
-      if (!PassBy(kTagStops, skipping ? nullptr : &tag, c)) return false;
+      c = PassBy(kTagStops, skipping ? nullptr : &tag);
+      if (c == kEnd) return false;
     }
     if (!start_parsed) {
       ParseTag(node, tag.View());

@@ -47,10 +47,12 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
 
  private:
   bool ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup);
-  bool ReadOne(char& c);
-  bool ReadEntity(char& character);
+
+  static constexpr int kEnd = -1;  // instead of a byte
+  int ReadOne();
+  int ReadEntity();
   template <typename Text>
-  bool PassBy(const std::array<bool, 256>& stops, Text* text, char& stop);
+  int PassBy(const std::array<bool, 256>& stops, Text* text);
 };
 
 // True when an end tag was read and bears the expected name; otherwise `error` says what is wrong.

@@ -1,0 +1,149 @@
+// How fast listings are imported and given up, and what passing their bytes by costs in itself.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "bench/sample_listings.h"
+#include "host/mstrm.h"
+#include "host/mxml.h"
+#include "schedule/provider_kind.h"
+#include "xml/safe_node.h"
+#include "xml/simple_xml_reader.h"
+
+namespace bench {
+
+namespace {
+
+using ORVANE::MBUFFER;
+using ORVANE::MSTR;
+using ORVANE::MSTRM;
+using ORVANE::MXML;
+
+Format FormatOf(const benchmark::State& state) { return kFormats[state.range(0)]; }
+
+void SetRates(benchmark::State& state, Format format) {
+  state.SetLabel(NameOf(format));
+  state.SetBytesProcessed(state.iterations() * BytesOf(FileOf(format)));
+  state.SetItemsProcessed(state.iterations() * ItemCount());
+}
+
+// The floors: a block a call, and one byte a call through the virtual table.
+void FloorReadBlocks(benchmark::State& state) {
+  std::vector<char> block(64 * 1024);
+  MSTRM stream;
+  stream.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  for (auto _ : state) {
+    stream.Seek(0, MBUFFER::SEEK::Start);
+    while (stream.Read(block.data(), static_cast<int>(block.size())) > 0) {
+      benchmark::DoNotOptimize(block.data());
+    }
+  }
+  SetRates(state, Format::kXMLTV);
+}
+BENCHMARK(FloorReadBlocks)->Unit(benchmark::kMillisecond);
+
+void FloorVirtualByte(benchmark::State& state) {
+  MSTRM stream;
+  stream.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  MBUFFER* hidden = &stream;
+  benchmark::DoNotOptimize(hidden);  // or the call would be resolved
+  for (auto _ : state) {
+    hidden->Seek(0, MBUFFER::SEEK::Start);
+    unsigned sum = 0;
+    for (unsigned char c = 0; hidden->Read(&c, 1) == 1;) sum += c;
+    benchmark::DoNotOptimize(sum);
+  }
+  SetRates(state, Format::kXMLTV);
+}
+BENCHMARK(FloorVirtualByte)->Unit(benchmark::kMillisecond);
+
+// The reader alone: every element read into a node and freed again.
+void ReadElements(benchmark::State& state) {
+  CSimpleXMLReader reader;
+  reader.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  for (auto _ : state) {
+    CSafeNode root;
+    CSafeNode node;
+    MSTR error;
+    bool open = false;
+    bool end_tag = false;
+    reader.ReadRoot(root);
+    while (reader.ReadElement(node, open, end_tag) && !end_tag) {
+      if (open) reader.ReadChildren(node, error);
+      node.FreeChildren();
+    }
+  }
+  SetRates(state, Format::kXMLTV);
+}
+BENCHMARK(ReadElements)->Unit(benchmark::kMillisecond);
+
+void LoadDocument(benchmark::State& state) {
+  MXML document;
+  for (auto _ : state) document.Load(MSTR(FileOf(Format::kTitanTV)));
+  SetRates(state, Format::kTitanTV);
+}
+BENCHMARK(LoadDocument)->Unit(benchmark::kMillisecond);
+
+void ImportListings(benchmark::State& state) {
+  const Format format = FormatOf(state);
+  for (auto _ : state) {
+    auto store = Import(FileOf(format));
+    state.PauseTiming();
+    store.reset();
+    state.ResumeTiming();
+  }
+  SetRates(state, format);
+}
+BENCHMARK(ImportListings)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
+
+void FreeSchedule(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto store = Import(ListingsFile());
+    state.ResumeTiming();
+    store.reset();
+  }
+}
+BENCHMARK(FreeSchedule)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+// A record's fields from an element of as many children.
+template <typename Read>
+void ReadRecord(benchmark::State& state, const std::vector<const char*>& names, Read read) {
+  CSafeNode node;
+  for (const char* const name : names) {
+    auto child = node.MakeChild();
+    child->name = name;
+    child->value = "216180000";
+    node.AddNode(child.release());
+  }
+  for (auto _ : state) read(node);
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(names.size()));
+}
+
+void ReadItemNumbered(benchmark::State& state) {
+  CScheduleItem item;
+  ReadRecord(state, {"f1", "f2", "f3", "f4", "f10", "f12"},
+             [&](MXML::NODE& node) { item.ReadScheduleItemFields(node, ProviderKind::kOther, 0); });
+}
+BENCHMARK(ReadItemNumbered);
+
+void ReadItemNamed(benchmark::State& state) {
+  CScheduleItem item;
+  ReadRecord(
+      state, {"station_id", "program_id", "start_time", "end_time", "hd", "repeat"},
+      [&](MXML::NODE& node) { item.ReadScheduleItemFields(node, ProviderKind::kTitanTV, 0); });
+}
+BENCHMARK(ReadItemNamed);
+
+void ReadProgramNumbered(benchmark::State& state) {
+  CProgram program;
+  ReadRecord(state, {"f1", "f2", "f3", "f4", "f5", "f8"},
+             [&](MXML::NODE& node) { program.ReadProgramFields(node, ProviderKind::kOther); });
+}
+BENCHMARK(ReadProgramNumbered);
+
+}  // namespace
+
+}  // namespace bench

@@ -1,0 +1,136 @@
+// What a frame of the engine pays: script calls with everything included, ticks, and starting or
+// replacing a load while large schedules come and go.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdint>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "bench/sample_listings.h"
+#include "browser/epg_browser.h"
+#include "host/engine.h"
+#include "host/script.h"
+
+namespace bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A bound instance whose browser has loaded the listings.
+class Guide {
+ public:
+  static Guide& Get() {
+    static Guide guide;
+    return guide;
+  }
+
+  CEPGBrowser& Browser() { return dynamic_cast<CEPGBrowser&>(*browser_); }
+
+  // A call as a script makes it: arguments, look-up by name, result.
+  template <typename... Arguments>
+  void Call(const char* method, const Arguments&... arguments) {
+    ORVANE::MSSEXEC call(instance_.get(), "bench:1");
+    (call.AddArgument(arguments), ...);
+    if (!ORVANE::CallMethod(call, method)) throw std::runtime_error(method);
+    benchmark::DoNotOptimize(call.Result());
+  }
+
+  void Load(const std::string& path) {
+    Call("InitSchedule", std::string_view(""), std::string_view(""),
+         std::string_view(path).substr(0, path.rfind(".xml")));
+  }
+
+ private:
+  Guide()
+      : browser_(ORVANE::CreateEntity("CEPGBrowser")),
+        instance_(ORVANE::CreateInstance("EPGBROWSER")) {
+    ORVANE::Bind(*instance_, browser_.get());
+    Load(ListingsFile());
+    Call("GetStationCount");
+  }
+
+  ORVANE::ENTITYPTR browser_;
+  ORVANE::INSTANCEPTR instance_;
+};
+
+void CallGetFirstProgram4Time(benchmark::State& state) {
+  Guide& guide = Guide::Get();
+  std::int32_t begin = 0;
+  std::int32_t end = 0;
+  Schedule().GetTimeRange(begin, end);
+  std::mt19937 random(42);
+  std::uniform_int_distribution<std::int32_t> station(0, Schedule().GetStationCount() - 1);
+  std::uniform_int_distribution<std::int32_t> time(begin, end - 1);
+  for (auto _ : state) {
+    const std::int32_t at = time(random);
+    guide.Call("GetFirstProgram4Time", station(random), at, at + 1);
+  }
+}
+BENCHMARK(CallGetFirstProgram4Time);
+
+void CallGetProgramData(benchmark::State& state) {
+  Guide& guide = Guide::Get();
+  for (auto _ : state) {
+    guide.Call("GetProgramData", std::int32_t{0}, std::int32_t{7},
+               std::string_view("$Title[$(: )$EpisodeTitle][$(, )$Genre]"));
+  }
+}
+BENCHMARK(CallGetProgramData);
+
+void CallGetReady(benchmark::State& state) {
+  Guide& guide = Guide::Get();
+  for (auto _ : state) guide.Call("GetReady");
+}
+BENCHMARK(CallGetReady);
+
+void Think(benchmark::State& state) {
+  CEPGBrowser& browser = Guide::Get().Browser();
+  for (auto _ : state) browser.Think(16);
+}
+BENCHMARK(Think);
+
+void SetSeconds(benchmark::State& state, Clock::duration elapsed) {
+  state.SetIterationTime(std::chrono::duration<double>(elapsed).count());
+}
+
+// Replaces the schedule by the same one: what the engine's thread pays to start the load,
+void StartLoad(benchmark::State& state) {
+  Guide& guide = Guide::Get();
+  for (auto _ : state) {
+    const auto began = Clock::now();
+    guide.Load(ListingsFile());
+    SetSeconds(state, Clock::now() - began);
+    guide.Call("GetStationCount");
+  }
+}
+BENCHMARK(StartLoad)->UseManualTime()->Iterations(20)->Unit(benchmark::kMicrosecond);
+
+// and for its longest tick until the new schedule is adopted and one tick beyond.
+void LongestThinkOfAReplacement(benchmark::State& state) {
+  Guide& guide = Guide::Get();
+  for (auto _ : state) {
+    guide.Load(ListingsFile());
+    Clock::duration longest = {};
+    for (bool loading = true; loading;) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      loading = guide.Browser().HasLoader();
+      const auto began = Clock::now();
+      guide.Browser().Think(16);
+      longest = std::max(longest, Clock::now() - began);
+    }
+    SetSeconds(state, longest);
+  }
+}
+BENCHMARK(LongestThinkOfAReplacement)
+    ->UseManualTime()
+    ->Iterations(20)
+    ->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+}  // namespace bench
