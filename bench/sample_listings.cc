@@ -56,7 +56,7 @@ class Guide {
 
   std::string Words(std::size_t count) {
     static constexpr const char* kWords[] = {
-        "harbour", "the",   "night",  "of",     "a",     "lantern", "winter", "and",
+        "harbour", "the",   "night",  "of",      "a",     "lantern", "winter", "and",
         "between", "cross", "silver", "orchard", "river", "without", "glass",  "morning",
         "stone",   "in",    "garden", "long",    "quiet", "engine",  "under",  "letters"};
     std::string text;

@@ -118,7 +118,8 @@ void ExpandAllFields(benchmark::State& state) {
   const CScheduleItem& item = *Schedule().GetStation(0)->GetProgram(7);
   for (auto _ : state) {
     benchmark::DoNotOptimize(ExpandTemplate(
-        item, "$Time $Title[$(: )$EpisodeTitle][ ($PublishDate)][\\n$Description][\\n$Actors][ $Flags]",
+        item,
+        "$Time $Title[$(: )$EpisodeTitle][ ($PublishDate)][\\n$Description][\\n$Actors][ $Flags]",
         false));
   }
 }

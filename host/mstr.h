@@ -132,8 +132,11 @@ class ORVANE_API MSTR {
 
   // Empties the text for the next one to come and keeps its storage, unless that is large.
   void Reset() {
-    if (OnHeap() && Header()->capacity <= kWorthKeeping) {
-      Put(0, {});
+    if (!OnHeap()) {
+      word_ = Null();
+    } else if (Header()->capacity <= kWorthKeeping) {
+      Header()->length = 0;
+      *Pointer() = '\0';
     } else {
       Renew({});
     }

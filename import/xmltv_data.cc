@@ -114,7 +114,7 @@ void ReadStarRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
 }
 
 void ReadDescription(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
-  program.description = ReParse(node.value);
+  program.description = ReParse(std::move(node.value));
 }
 
 void ReadPremiere(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
@@ -215,7 +215,7 @@ void AppendTag(std::string_view raw, MSTR& result) {
 
 }  // namespace
 
-MSTR ReParse(const MSTR& text) {
+MSTR ReParse(MSTR text) {
   const std::string_view view = text.View();
   constexpr auto kNone = std::string_view::npos;
   CNextPosition ampersand(view, '&');

@@ -6,6 +6,7 @@
 #   scripts/setup.sh test      and the tests
 #   scripts/setup.sh fuzz      and fuzzing: clang with its sanitizers
 #   scripts/setup.sh coverage  and measuring what the tests cover
+#   scripts/setup.sh bench     and the benchmarks
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
@@ -15,10 +16,11 @@ case "${1:-build}" in
   test) packages="$packages libgtest-dev libgmock-dev" ;;
   fuzz) packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev" ;;
   coverage) packages="$packages libgtest-dev libgmock-dev gcovr" ;;
+  bench) packages="$packages libbenchmark-dev" ;;
   check)
-    packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
+    packages="$packages libbenchmark-dev libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
     ;;
-  *) echo "usage: $0 [build | test | fuzz | coverage | check]" >&2; exit 2 ;;
+  *) echo "usage: $0 [build | test | fuzz | coverage | bench | check]" >&2; exit 2 ;;
 esac
 
 command_of() {
@@ -32,6 +34,8 @@ missing=""
 for package in $packages; do
   case "$package" in
     libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || missing="$missing $package" ;;
+    libbenchmark-dev)
+      [ -e /usr/include/benchmark/benchmark.h ] || missing="$missing $package" ;;
     libgmock-dev) [ -e /usr/include/gmock/gmock.h ] || missing="$missing $package" ;;
     libclang-rt-14-dev)
       ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \

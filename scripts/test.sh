@@ -10,9 +10,11 @@ cd "$(dirname "$0")/.."
 
 build_and_test() {
   echo "== $1"
-  cmake --preset "$1" -DEPG_TESTS=ON >/dev/null
-  cmake --build --preset "$1"
-  ctest --preset "$1" -j "$(nproc)"
+  preset="$1"
+  shift
+  cmake --preset "$preset" -DEPG_TESTS=ON "$@" >/dev/null
+  cmake --build --preset "$preset"
+  ctest --preset "$preset" -j "$(nproc)"
 }
 
 case "${1:-}" in
@@ -23,7 +25,7 @@ case "${1:-}" in
   --all)
     scripts/setup.sh check
     scripts/check-format.sh
-    build_and_test release
+    build_and_test release -DEPG_BENCH=ON
     build_and_test release-clang
     build_and_test asan
     build_and_test tsan
