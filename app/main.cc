@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -6,27 +7,44 @@
 #include <system_error>
 #include <vector>
 
+#include "app/guide_command.h"
 #include "app/run_command.h"
 
 namespace {
 
 constexpr const char* kUsage =
-    "usage: epgshell [--plugin FILE] run [SCRIPT | -]\n"
+    "usage: epgshell [--plugin FILE] guide LISTINGS [--at TIME] [--hours N]\n"
+    "                [--stations LIST] [--details STATION [--template TEXT]]\n"
+    "       epgshell [--plugin FILE] run [SCRIPT | -]\n"
     "       epgshell --help | --version\n";
 
 constexpr const char* kHelp =
     "\n"
-    "Loads the programme guide plug-in as its engine would, and runs script calls on it.\n"
+    "Loads the programme guide plug-in as its engine would, and shows a listings file\n"
+    "as a guide, or runs script calls.\n"
     "\n"
+    "  guide        show LISTINGS (with or without its .xml): stations as rows, time as\n"
+    "               columns, three hours from now, or from the start of the listings\n"
+    "                 --at TIME         from this local time: 20:15, \"tomorrow 8pm\",\n"
+    "                                   \"2026-11-23 20:15\", \"23 Nov\"\n"
+    "                 --hours N         so many hours\n"
+    "                 --stations LIST   these stations: indexes or names, also in part,\n"
+    "                                   separated by commas\n"
+    "                 --details STATION one station's programmes with their details\n"
+    "                 --template TEXT   those details, in the language of GetProgramData\n"
     "  run          run the calls of SCRIPT, or of standard input, one a line:\n"
     "                 InitSchedule(\"\", \"\", \"samples/week\")\n"
     "                 GetStationCount()\n"
     "               and print one line for each: an integer, a text in double quotes,\n"
     "               ok, or failed. The engine's log goes to standard error.\n"
-    "  --plugin     the plug-in to load (default: epgbrowser.so beside this program)\n"
+    "  --plugin     the plug-in to load (default: epgbrowser.so beside this program, or\n"
+    "               where it is installed)\n"
     "\n"
-    "Exit status: 0 every call succeeded, 1 a call failed or its result could not be\n"
-    "written, 2 nothing was run.\n";
+    "The guide uses colours on a terminal, unless NO_COLOR is set; in a pipe it is as\n"
+    "wide as COLUMNS says, or 80.\n"
+    "\n"
+    "Exit status: 0 all was shown or every call succeeded, 1 there is nothing to show, a\n"
+    "call failed or a result could not be written, 2 nothing was done.\n";
 
 int Misused(const std::string& what) {
   std::fprintf(stderr, "epgshell: %s\n%s", what.c_str(), kUsage);
@@ -40,11 +58,15 @@ int Tell(const std::string& text) {
   return shell::kCallFailed;
 }
 
-// The module beside this program.
+// The module beside this program, or else in the folder where both are installed to.
 std::string DefaultPlugin() {
   std::error_code error;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-  return (program.parent_path() / "epgbrowser.so").string();
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const auto beside = folder / "epgbrowser.so";
+  const auto installed = (folder / EPG_MODULE_FOLDER / "epgbrowser.so").lexically_normal();
+  const bool use_installed =
+      !std::filesystem::exists(beside, error) && std::filesystem::exists(installed, error);
+  return (use_installed ? installed : beside).string();
 }
 
 int Main(const std::vector<std::string>& arguments) {
@@ -70,12 +92,18 @@ int Main(const std::vector<std::string>& arguments) {
   }
   if (next == arguments.size()) return Misused("a command is missing");
   const std::string& command = arguments[next++];
-  if (command != "run") return Misused("unknown command " + command);
-  const std::string script = next < arguments.size() ? arguments[next++] : "-";
-  if (next < arguments.size()) return Misused("run takes one script, not also " + arguments[next]);
   // A path, so that the loader does not search its folders for it.
   plugin = plugin.empty() ? DefaultPlugin() : std::filesystem::absolute(plugin).string();
-  return shell::RunScript(plugin, script);
+  const std::vector<std::string> rest(arguments.begin() + static_cast<std::ptrdiff_t>(next),
+                                      arguments.end());
+  if (command == "guide") {
+    std::string error;
+    const auto options = shell::ReadGuideOptions(rest, error);
+    return options ? shell::ShowGuide(plugin, *options) : Misused(error);
+  }
+  if (command != "run") return Misused("unknown command " + command);
+  if (rest.size() > 1) return Misused("run takes one script, not also " + rest[1]);
+  return shell::RunScript(plugin, rest.empty() ? "-" : rest[0]);
 }
 
 }  // namespace

@@ -29,8 +29,8 @@ Outcome RunShell(const std::string& arguments, const std::string& script = "") {
   const epg_test::TempFile input(script, "input");
   const std::string out = input.Path() + ".out";
   const std::string err = input.Path() + ".err";
-  const std::string command = "cd " EPG_SOURCE_DIR " && TZ=UTC " EPG_SHELL " " + arguments + " <" +
-                              input.Path() + " >" + out + " 2>" + err;
+  const std::string command = "cd " EPG_SOURCE_DIR " && TZ=UTC LC_ALL=C COLUMNS=80 " EPG_SHELL " " +
+                              arguments + " <" + input.Path() + " >" + out + " 2>" + err;
   const int status = std::system(command.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
 }
@@ -118,6 +118,49 @@ TEST(Epgshell, WrongUseRunsNothing) {
     const auto [status, out, err] = RunShell(arguments);
     EXPECT_EQ(std::pair(status, out), std::pair(2, std::string())) << arguments;
     EXPECT_NE(err.find(part), std::string::npos) << arguments << '\n' << err;
+  }
+}
+
+TEST(Epgshell, ShowsTheGuideOfTheSampleWeek) {
+  // Twenty years ago, so that nothing of it is on now.
+  const epg_test::TempFile week(std::regex_replace(ReadFile(EPG_SOURCE_DIR "/samples/week.xml"),
+                                                   std::regex("\"2026"), "\"2006"));
+  const Outcome grid = RunShell("guide " + week.Path() + " --at '2006-11-23 20:00' --hours 2");
+  EXPECT_EQ(grid.status, 0) << grid.err;
+  EXPECT_EQ(grid.err, "");
+  EXPECT_EQ(grid.out, ReadFile(EPG_SOURCE_DIR "/tests/data/guide.expected"));
+  const Outcome details = RunShell("guide " + week.Stem() +
+                                   " --at '2006-11-23 20:00' --hours 2 --details velvet "
+                                   "--template '$Title[ ($PublishDate)]'");
+  EXPECT_EQ(details.status, 0) << details.err;
+  EXPECT_EQ(details.out,
+            "Velvet Reel, Thu 23 Nov 2006\n  20:00-22:00  The Orchard on Ganymede (2021)\n");
+}
+
+TEST(Epgshell, SaysWhyThereIsNoGuide) {
+  const epg_test::TempFile html("<html><body>404</body></html>", "html.xml");
+  const epg_test::TempFile cut("<tv generator-info-name='XMLTV'><channel id='a'>", "cut.xml");
+  const struct {
+    std::string arguments;
+    int status;
+    std::string said;
+  } rows[] = {
+      {"guide nowhere", 1, "epgshell: there is no listings file nowhere.xml\n"},
+      {"guide samples", 1, "epgshell: samples is a folder; name a listings file in it\n"},
+      {"guide README.md", 1, "rename README.md to README.md.xml\n"},
+      {"guide " + html.Path(), 1, "html.xml gives no schedule: no station was found in it."},
+      {"guide " + cut.Stem(), 1, "cut.xml gives no schedule: Premature end of file.\n"},
+      {"guide samples/week --at 2020-01-01", 1,
+       "nothing is listed at Wed 1 Jan 2020 00:00; the schedule runs from Mon 23 Nov 2026 05:00"},
+      {"guide samples/week --stations reel,nope", 1, "there is no station nope; there are Harbour"},
+      {"guide samples/week --at yesternight", 2, "--at yesternight is no time; write it as"},
+      {"guide samples/week --plugin x", 2, "guide has no option --plugin\nusage: epgshell"},
+  };
+  for (const auto& [arguments, status, said] : rows) {
+    const Outcome outcome = RunShell(arguments);
+    EXPECT_EQ(outcome.status, status) << arguments;
+    EXPECT_NE(outcome.err.find(said), std::string::npos) << arguments << ": " << outcome.err;
+    EXPECT_EQ(outcome.out, "") << arguments;
   }
 }
 

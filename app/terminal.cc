@@ -1,0 +1,46 @@
+#include "app/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+namespace shell {
+
+namespace {
+
+std::string_view Environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+bool SpeaksUtf8() {
+  for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const std::string_view locale = Environment(name);
+    if (locale.empty()) continue;
+    return locale.find("UTF-8") != std::string_view::npos ||
+           locale.find("utf8") != std::string_view::npos;
+  }
+  return false;
+}
+
+}  // namespace
+
+Terminal Terminal::Find() {
+  constexpr int kFewest = 20;
+  constexpr int kUsual = 80;
+  const bool shown = ::isatty(STDOUT_FILENO) != 0;
+  winsize size = {};
+  int columns = 0;
+  if (shown && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) columns = size.ws_col;
+  if (columns == 0) columns = std::atoi(Environment("COLUMNS").data());
+  if (columns <= 0) columns = kUsual;
+  const bool colours = shown && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+  return {std::clamp(columns, kFewest, 1000), colours, SpeaksUtf8()};
+}
+
+bool ErrorsAreShown() { return ::isatty(STDERR_FILENO) != 0; }
+
+}  // namespace shell
