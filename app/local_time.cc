@@ -205,7 +205,7 @@ std::optional<std::int64_t> ReadPluginTime(std::string_view text) {
   }
   const auto first = DayOf(year, MonthOf(Lowered(month)), day);
   if (!first) return std::nullopt;
-  return *first + hour * 60 + minute;
+  return *first + std::int64_t{hour} * 60 + minute;
 }
 
 std::optional<Moment> ReadMoment(std::string_view text, std::int64_t local_now) {

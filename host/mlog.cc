@@ -20,10 +20,10 @@ thread_local MLOG::BACKGROUND* background = nullptr;
 constexpr int kEntriesAtOnce = 64;
 // The writer is not woken for each entry, which would cost as much as passing it on, but for so
 // many bytes, or by the time.
-constexpr std::size_t kWorthWaking = 16 * 1024;
+constexpr std::size_t kWorthWaking = std::size_t{16} << 10;
 constexpr std::chrono::milliseconds kLongestWait(5);
 // As many bytes may wait; then whoever logs waits for the sink.
-constexpr std::size_t kMostWaiting = 256 * 1024;
+constexpr std::size_t kMostWaiting = std::size_t{256} << 10;
 
 struct ENTRY {
   MLOG::TYPE type;

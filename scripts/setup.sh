@@ -7,6 +7,8 @@
 #   scripts/setup.sh fuzz      and fuzzing: clang with its sanitizers
 #   scripts/setup.sh coverage  and measuring what the tests cover
 #   scripts/setup.sh bench     and the benchmarks
+#   scripts/setup.sh package   and making packages
+#   scripts/setup.sh package-check  and installing one into a clean root
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
@@ -17,15 +19,18 @@ case "${1:-build}" in
   fuzz) packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev" ;;
   coverage) packages="$packages libgtest-dev libgmock-dev gcovr" ;;
   bench) packages="$packages libbenchmark-dev" ;;
+  package) packages="$packages dpkg-dev" ;;
+  package-check) packages="$packages dpkg-dev lintian debootstrap" ;;
   check)
     packages="$packages libbenchmark-dev libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
     ;;
-  *) echo "usage: $0 [build | test | fuzz | coverage | bench | check]" >&2; exit 2 ;;
+  *) echo "usage: $0 [build | test | fuzz | coverage | bench | package | package-check | check]" >&2; exit 2 ;;
 esac
 
 command_of() {
   case "$1" in
     ninja-build) echo ninja ;;
+    dpkg-dev) echo dpkg-shlibdeps ;;
     *) echo "$1" ;;
   esac
 }

@@ -3,8 +3,8 @@
 #
 #   scripts/test.sh          the release build
 #   scripts/test.sh --all    with both compilers and under the sanitizers, a little fuzzing, and the
-#                            checks of formatting and static analysis: what continuous
-#                            integration runs
+#                            checks of formatting, static analysis and the package: what
+#                            continuous integration runs
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -31,6 +31,8 @@ case "${1:-}" in
     build_and_test tsan
     scripts/fuzz.sh --runs 3000
     scripts/check-static.sh
+    # Only root can make the clean root that the package goes into.
+    if [ "$(id -u)" -eq 0 ]; then scripts/package.sh --check; else scripts/package.sh; fi
     ;;
   *)
     echo "usage: $0 [--all]" >&2
