@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "app/complain.h"
 #include "app/display_text.h"
 #include "app/guide.h"
 #include "app/guide_grid.h"
@@ -31,11 +32,6 @@ constexpr std::string_view kExtension = ".xml";
 constexpr const char* kUsualTemplate =
     "$Title[$(: )$EpisodeTitle][ ($PublishDate)][, $Genre][, $StarRating][ \\[$Flags\\]]"
     "[\\n$Description][\\nWith $Actors][\\nDirected by $Director]";
-
-void Complain(const std::string& text) {
-  const std::string line = "epgshell: " + text + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
-}
 
 std::string Lowered(std::string_view text) {
   std::string lowered(text);
@@ -70,11 +66,11 @@ std::optional<std::string> FindListings(const std::string& name) {
   std::error_code error;
   if (std::filesystem::is_regular_file(stem + std::string(kExtension), error)) return stem;
   if (std::filesystem::is_directory(name, error)) {
-    Complain(name + " is a folder; name a listings file in it");
+    ComplainAsShell(name + " is a folder; name a listings file in it");
   } else if (!whole && std::filesystem::exists(name, error)) {
-    Complain("a listings file's name ends in .xml: rename " + name + " to " + name + ".xml");
+    ComplainAsShell("a listings file's name ends in .xml: rename " + name + " to " + name + ".xml");
   } else {
-    Complain("there is no listings file " + stem + std::string(kExtension));
+    ComplainAsShell("there is no listings file " + stem + std::string(kExtension));
   }
   return std::nullopt;
 }
@@ -177,8 +173,9 @@ class GuideScreen {
 
   ExitStatus Show() {
     if (end_ <= begin_) {
-      Complain("no programme is listed for any of the " + std::to_string(guide_.StationCount()) +
-               " stations; docs/listings.md says what a programme needs");
+      ComplainAsShell("no programme is listed for any of the " +
+                      std::to_string(guide_.StationCount()) +
+                      " stations; docs/listings.md says what a programme needs");
       return kCallFailed;
     }
     if (!ChooseFrom()) return kCallFailed;
@@ -198,8 +195,9 @@ class GuideScreen {
     if (options_.at.empty()) return true;
     const auto moment = ReadMoment(options_.at, now_ + offset_);
     if (!moment) {
-      Complain("--at " + options_.at +
-               " is no time; write it as 20:15, tomorrow 20:15, 2026-11-23 20:15 or 23 Nov 8pm");
+      ComplainAsShell(
+          "--at " + options_.at +
+          " is no time; write it as 20:15, tomorrow 20:15, 2026-11-23 20:15 or 23 Nov 8pm");
       return false;
     }
     // A time of day alone is today's, or the first listed day's.
@@ -210,20 +208,23 @@ class GuideScreen {
     const std::int64_t time = local - offset_;
     const std::int64_t last = moment->minute ? time : time + kMinutesOfDay - 1;
     if (last < begin_ || time >= end_) {
-      Complain("nothing is listed at " + DateTimeText(local) + "; the schedule runs from " +
-               When(begin_) + " to " + When(end_));
+      ComplainAsShell("nothing is listed at " + DateTimeText(local) + "; the schedule runs from " +
+                      When(begin_) + " to " + When(end_));
       return false;
     }
     from_ = static_cast<std::int32_t>(time);
     return true;
   }
 
-  // Stations are asked for by their index, or by their name or id, whole or in part.
+  // Stations are asked for by their index, as in 7 or 0-9, or by their name or id, whole or in
+  // part.
   bool FindStation(const std::string& wanted, std::vector<std::int32_t>& found) {
     const std::int32_t count = guide_.StationCount();
-    const auto index = Number(wanted);
-    if (index && *index >= 0 && *index < count) {
-      found.push_back(*index);
+    const std::size_t hyphen = wanted.find('-', 1);
+    const auto first = Number(wanted.substr(0, hyphen));
+    const auto last = hyphen == std::string::npos ? first : Number(wanted.substr(hyphen + 1));
+    if (first && last && *first >= 0 && *first <= *last && *first < count) {
+      for (std::int32_t i = *first; i <= std::min(*last, count - 1); ++i) found.push_back(i);
       return true;
     }
     const std::string text = Lowered(wanted);
@@ -248,7 +249,7 @@ class GuideScreen {
       known += (i == 0 ? "" : ", ") + guide_.StationName(i);
     }
     if (count > 12) known += ", ... (" + std::to_string(count) + " in all)";
-    Complain("there is no station " + wanted + "; there are " + known);
+    ComplainAsShell("there is no station " + wanted + "; there are " + known);
     return false;
   }
 
@@ -342,7 +343,7 @@ class GuideScreen {
 
   static ExitStatus Finish() {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return kAllDone;
-    Complain("cannot write the guide to standard output");
+    ComplainAsShell("cannot write the guide to standard output");
     return kCallFailed;
   }
 
@@ -432,7 +433,7 @@ ExitStatus ShowGuide(const std::string& plugin_path, const GuideOptions& options
   std::string error;
   const std::unique_ptr<Session> session = Session::Open(plugin_path, error);
   if (session == nullptr) {
-    Complain("cannot use the plug-in: " + error);
+    ComplainOfPlugin(error);
     return kNotRun;
   }
   Guide guide(*session);
@@ -442,8 +443,10 @@ ExitStatus ShowGuide(const std::string& plugin_path, const GuideOptions& options
     loaded = guide.Load(*stem);
   }
   if (!loaded) {
-    Complain(*stem + std::string(kExtension) + " gives no schedule: " + Reason(words.Text()));
-    Complain("docs/listings.md says how to write a file that loads, and what each message means");
+    ComplainAsShell(*stem + std::string(kExtension) +
+                    " gives no schedule: " + Reason(words.Text()));
+    ComplainAsShell(
+        "docs/listings.md says how to write a file that loads, and what each message means");
     return kCallFailed;
   }
   return GuideScreen(guide, options).Show();

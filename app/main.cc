@@ -28,8 +28,8 @@ constexpr const char* kHelp =
     "                 --at TIME         from this local time: 20:15, \"tomorrow 8pm\",\n"
     "                                   \"2026-11-23 20:15\", \"23 Nov\"\n"
     "                 --hours N         so many hours\n"
-    "                 --stations LIST   these stations: indexes or names, also in part,\n"
-    "                                   separated by commas\n"
+    "                 --stations LIST   these stations: indexes (7, 0-9) or names, also in\n"
+    "                                   part, separated by commas\n"
     "                 --details STATION one station's programmes with their details\n"
     "                 --template TEXT   those details, in the language of GetProgramData\n"
     "  run          run the calls of SCRIPT, or of standard input, one a line:\n"
@@ -101,7 +101,7 @@ int Main(const std::vector<std::string>& arguments) {
     const auto options = shell::ReadGuideOptions(rest, error);
     return options ? shell::ShowGuide(plugin, *options) : Misused(error);
   }
-  if (command != "run") return Misused("unknown command " + command);
+  if (command != "run") return Misused("unknown command " + command + "; there are guide and run");
   if (rest.size() > 1) return Misused("run takes one script, not also " + rest[1]);
   return shell::RunScript(plugin, rest.empty() ? "-" : rest[0]);
 }

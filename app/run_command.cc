@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "app/complain.h"
 #include "app/script.h"
 #include "app/session.h"
 #include "host/engine.h"
@@ -32,11 +33,6 @@ int ReadScript(const std::string& script, std::string& text) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(script.c_str(), "rb"),
                                                              std::fclose);
   return file != nullptr ? ReadAll(file.get(), text) : errno;
-}
-
-void Complain(const std::string& text) {
-  const std::string line = text + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 std::string Place(const std::string& name, std::size_t line) {
@@ -72,7 +68,7 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
   const std::string name = script == "-" ? "<stdin>" : script;
   std::string text;
   if (const int error = ReadScript(script, text); error != 0) {
-    Complain("epgshell: cannot read the script " + name + ": " + std::strerror(error));
+    ComplainAsShell("cannot read the script " + name + ": " + std::strerror(error));
     return kNotRun;
   }
   std::vector<Call> calls;
@@ -85,13 +81,14 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
   std::string error;
   const std::unique_ptr<Session> session = Session::Open(plugin_path, error);
   if (session == nullptr) {
-    Complain("epgshell: cannot use the plug-in: " + error);
+    ComplainOfPlugin(error);
     return kNotRun;
   }
   bool known = true;
   for (const Call& call : calls) {
     if (!call.method.empty() && session->Instance().FindMethod(call.method.c_str()) == nullptr) {
-      Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method);
+      Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method +
+               "; docs/scripting.md has them all");
       known = false;
     }
   }
@@ -106,7 +103,7 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
     }
   }
   if (std::ferror(stdout) != 0) {
-    Complain("epgshell: cannot write the results");
+    ComplainAsShell("cannot write the results");
     return kCallFailed;
   }
   return status;

@@ -105,11 +105,11 @@ TEST(Epgshell, WrongUseRunsNothing) {
                                    ":2: an argument is an integer or a text in double "
                                    "quotes\n" +
                                    script.Path() + ":3: '(' expected after GetReady\n"},
-      {"run " + unknown.Path(), unknown.Path() + ":2: EPGBROWSER has no method Getready\n"},
+      {"run " + unknown.Path(), unknown.Path() + ":2: EPGBROWSER has no method Getready; docs"},
       {"run /", "epgshell: cannot read the script /: Is a directory"},
       {"run a b", "epgshell: run takes one script, not also b\nusage: epgshell "},
       {"", "epgshell: a command is missing\nusage: epgshell "},
-      {"fly", "epgshell: unknown command fly\nusage: epgshell "},
+      {"fly", "epgshell: unknown command fly; there are guide and run\nusage: epgshell "},
       {"--plugin", "epgshell: --plugin needs a file\nusage: epgshell "},
       {"--plugin " + no_plugin.Path() + " run", "epgshell: cannot use the plug-in: "},
       {"--plugin=" EPG_ENGINE " run", "lacks the functions Initialise and Release\n"},
