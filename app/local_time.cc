@@ -21,10 +21,13 @@ constexpr std::string_view kWeekdays[] = {"sunday",   "monday", "tuesday", "wedn
                                           "thursday", "friday", "saturday"};
 
 std::optional<std::int64_t> DayOf(int year, int month, int day) {
+  if (year < 1601 || year > 9999 || month < 1 || month > 12 || day < 1 || day > 31) {
+    return std::nullopt;
+  }
   const year_month_day date(std::chrono::year(year),
                             std::chrono::month(static_cast<unsigned>(month)),
                             std::chrono::day(static_cast<unsigned>(day)));
-  if (year < 1601 || month < 1 || day < 1 || !date.ok()) return std::nullopt;
+  if (!date.ok()) return std::nullopt;
   return (sys_days(date).time_since_epoch().count() + kDaysTo1970) * kMinutesOfDay;
 }
 

@@ -76,6 +76,7 @@ TEST(Moments, AreReadAsPeopleWriteThem) {
       {"20:60", "none"},
       {"13pm", "none"},
       {"2026-02-30", "none"},
+      {"2026-257-257", "none"},
       {"2026", "none"},
       {"later", "none"},
       {"20:15 21:15", "none"},
