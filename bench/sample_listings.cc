@@ -274,4 +274,16 @@ const CProviderData& Schedule() {
   return *schedule;
 }
 
+std::vector<Query> RandomQueries() {
+  std::int32_t begin = 0;
+  std::int32_t end = 0;
+  Schedule().GetTimeRange(begin, end);
+  std::mt19937 random(42);
+  std::uniform_int_distribution<std::int32_t> station(0, Schedule().GetStationCount() - 1);
+  std::uniform_int_distribution<std::int32_t> time(begin, end - 1);
+  std::vector<Query> queries(1 << 18);
+  for (Query& query : queries) query = {station(random), time(random)};
+  return queries;
+}
+
 }  // namespace bench

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "schedule/provider_data.h"
 
@@ -28,6 +29,13 @@ void UseListings(std::string path);
 // The XMLTV file, or the one to be used instead.
 const std::string& ListingsFile();
 const CProviderData& Schedule();
+
+// Random stations and times within the schedule, the same in every run.
+struct Query {
+  std::int32_t station;
+  std::int32_t at;
+};
+std::vector<Query> RandomQueries();
 
 std::shared_ptr<CProviderData> Import(const std::string& path);
 

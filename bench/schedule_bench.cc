@@ -49,25 +49,7 @@ void InsertItems(benchmark::State& state) {
 }
 BENCHMARK(InsertItems)->Arg(kInOrder)->Arg(kReversed)->Arg(kRandom);
 
-// Random stations and times within the schedule.
-struct Query {
-  const CStation* station;
-  std::int32_t at;
-};
-
-std::vector<Query> RandomQueries() {
-  std::int32_t begin = 0;
-  std::int32_t end = 0;
-  Schedule().GetTimeRange(begin, end);
-  std::mt19937 random(42);
-  std::uniform_int_distribution<std::int32_t> station(0, Schedule().GetStationCount() - 1);
-  std::uniform_int_distribution<std::int32_t> time(begin, end - 1);
-  std::vector<Query> queries(1 << 18);
-  for (Query& query : queries) {
-    query = {Schedule().GetStation(station(random)), time(random)};
-  }
-  return queries;
-}
+const CStation& StationOf(const Query& query) { return *Schedule().GetStation(query.station); }
 
 template <typename Ask>
 void AskAll(benchmark::State& state, Ask ask) {
@@ -82,7 +64,7 @@ void AskAll(benchmark::State& state, Ask ask) {
 
 void FindFirstProgram(benchmark::State& state) {
   AskAll(state, [](const Query& query) {
-    benchmark::DoNotOptimize(query.station->FindFirstProgram(query.at, query.at + 1));
+    benchmark::DoNotOptimize(StationOf(query).FindFirstProgram(query.at, query.at + 1));
   });
 }
 BENCHMARK(FindFirstProgram);
@@ -91,10 +73,11 @@ BENCHMARK(FindFirstProgram);
 void FloorSearchItems(benchmark::State& state) {
   AskAll(state, [](const Query& query) {
     std::int32_t low = 0;
-    std::int32_t high = query.station->GetProgramCount();
+    const CStation& station = StationOf(query);
+    std::int32_t high = station.GetProgramCount();
     while (low < high) {
       const std::int32_t middle = (low + high) / 2;
-      if (query.station->GetProgram(middle)->start <= query.at) {
+      if (station.GetProgram(middle)->start <= query.at) {
         low = middle + 1;
       } else {
         high = middle;

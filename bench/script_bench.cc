@@ -5,10 +5,10 @@
 
 #include <chrono>
 #include <cstdint>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "bench/sample_listings.h"
 #include "browser/epg_browser.h"
@@ -60,15 +60,12 @@ class Guide {
 
 void CallGetFirstProgram4Time(benchmark::State& state) {
   Guide& guide = Guide::Get();
-  std::int32_t begin = 0;
-  std::int32_t end = 0;
-  Schedule().GetTimeRange(begin, end);
-  std::mt19937 random(42);
-  std::uniform_int_distribution<std::int32_t> station(0, Schedule().GetStationCount() - 1);
-  std::uniform_int_distribution<std::int32_t> time(begin, end - 1);
+  const std::vector<Query> queries = RandomQueries();
+  std::size_t next = 0;
   for (auto _ : state) {
-    const std::int32_t at = time(random);
-    guide.Call("GetFirstProgram4Time", station(random), at, at + 1);
+    const auto& [station, at] = queries[next];
+    guide.Call("GetFirstProgram4Time", station, at, at + 1);
+    next = (next + 1) % queries.size();
   }
 }
 BENCHMARK(CallGetFirstProgram4Time);
