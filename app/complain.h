@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <string>
 
+#include "app/display_text.h"
+
 namespace shell {
 
 // Writes a line to standard error, in one piece.
@@ -12,8 +14,9 @@ inline void Complain(const std::string& text) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-// The same with the program's name before it.
-inline void ComplainAsShell(const std::string& text) { Complain("epgshell: " + text); }
+// The same with the program's name before it. Texts of listings, or names of files, cannot steer
+// the terminal.
+inline void ComplainAsShell(const std::string& text) { Complain("epgshell: " + Shown(text)); }
 
 inline void ComplainOfPlugin(const std::string& error) {
   ComplainAsShell("cannot use the plug-in: " + error);

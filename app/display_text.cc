@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
 
 namespace shell {
 
@@ -43,9 +44,20 @@ bool Steers(std::uint32_t code) {
 }
 
 struct Glyph {
-  std::string_view bytes;  // as they are to be shown
+  std::string bytes;  // as they are to be shown
   int columns;
 };
+
+// The character of a byte from 0x80 in Windows-1252.
+std::string CodePageCharacter(unsigned char byte) {
+  static constexpr const char* kHigh[32] = {
+      "\u20ac", "?",      "\u201a", "\u0192", "\u201e", "\u2026", "\u2020", "\u2021",
+      "\u02c6", "\u2030", "\u0160", "\u2039", "\u0152", "?",      "\u017d", "?",
+      "?",      "\u2018", "\u2019", "\u201c", "\u201d", "\u2022", "\u2013", "\u2014",
+      "\u02dc", "\u2122", "\u0161", "\u203a", "\u0153", "?",      "\u017e", "\u0178"};
+  if (byte < 0xa0) return kHigh[byte - 0x80];
+  return {static_cast<char>(0xc0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3f))};
+}
 
 // Takes the first character off a text that is not empty.
 Glyph TakeGlyph(std::string_view& text) {
@@ -67,12 +79,12 @@ Glyph TakeGlyph(std::string_view& text) {
   constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
   if (!valid || code < kSmallest[length] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) {
     text.remove_prefix(1);
-    return {"?", 1};
+    return {CodePageCharacter(lead), 1};
   }
-  const std::string_view bytes = text.substr(0, length);
+  std::string bytes(text.substr(0, length));
   text.remove_prefix(length);
   if (Steers(code)) return {" ", 1};
-  return {bytes, IsIn(kNoColumn, code) ? 0 : IsIn(kTwoColumns, code) ? 2 : 1};
+  return {std::move(bytes), IsIn(kNoColumn, code) ? 0 : IsIn(kTwoColumns, code) ? 2 : 1};
 }
 
 // The longest beginning of a text that fits, and the columns that it takes.
@@ -89,6 +101,19 @@ std::string TakeColumns(std::string_view text, int columns, int& taken) {
 }
 
 }  // namespace
+
+std::string Shown(std::string_view text, bool ascii) {
+  std::string shown;
+  while (!text.empty()) {
+    const Glyph glyph = TakeGlyph(text);
+    if (ascii && static_cast<unsigned char>(glyph.bytes[0]) >= 0x80) {
+      shown.append(static_cast<std::size_t>(glyph.columns), '?');
+    } else {
+      shown += glyph.bytes;
+    }
+  }
+  return shown;
+}
 
 int ColumnsOf(std::string_view text) {
   int columns = 0;

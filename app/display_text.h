@@ -1,7 +1,8 @@
 // Texts as a terminal shows them: in columns, not in bytes.
 //
-// A text is taken as UTF-8. What could steer a terminal, line ends included, is shown as a blank; a
-// byte that is no UTF-8 as '?'.
+// A text is taken as UTF-8, and a byte that is none as its character in Windows-1252, into which
+// the plug-in turns references. What could steer a terminal, line ends included, is shown as a
+// blank.
 #pragma once
 
 #include <string>
@@ -9,6 +10,10 @@
 #include <vector>
 
 namespace shell {
+
+// The text as it may be written to a terminal; with `ascii`, to one that knows nothing else, in
+// which every other character is '?'.
+std::string Shown(std::string_view text, bool ascii = false);
 
 // Columns that the text takes: none for a combining mark, two for a wide character.
 int ColumnsOf(std::string_view text);

@@ -6,7 +6,8 @@
 #include <condition_variable>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
+#include <iterator>
+#include <limits>
 #include <mutex>
 #include <string_view>
 #include <thread>
@@ -30,7 +31,7 @@ constexpr std::int32_t kUsualDetailsHours = 24;
 constexpr std::int32_t kMostHours = 24 * 14;
 constexpr std::string_view kExtension = ".xml";
 constexpr const char* kUsualTemplate =
-    "$Title[$(: )$EpisodeTitle][ ($PublishDate)][, $Genre][, $StarRating][ \\[$Flags\\]]"
+    "$Title[$(: )$EpisodeTitle][ ($PublishDate)][, $Genre][, $StarRating][ ($Flags)]"
     "[\\n$Description][\\nWith $Actors][\\nDirected by $Director]";
 
 std::string Lowered(std::string_view text) {
@@ -46,11 +47,15 @@ std::optional<std::int32_t> Number(std::string_view text) {
   return whole ? std::optional(value) : std::nullopt;
 }
 
+// The parts of a list with commas, without the blanks around them.
 std::vector<std::string> Split(std::string_view list) {
   std::vector<std::string> parts;
   while (!list.empty()) {
     const std::size_t end = std::min(list.find(','), list.size());
-    if (end != 0) parts.emplace_back(list.substr(0, end));
+    std::string_view part = list.substr(0, end);
+    part.remove_prefix(std::min(part.find_first_not_of(' '), part.size()));
+    part = part.substr(0, part.find_last_not_of(' ') + 1);
+    if (!part.empty()) parts.emplace_back(part);
     list.remove_prefix(std::min(end + 1, list.size()));
   }
   return parts;
@@ -67,10 +72,11 @@ std::optional<std::string> FindListings(const std::string& name) {
   if (std::filesystem::is_regular_file(stem + std::string(kExtension), error)) return stem;
   if (std::filesystem::is_directory(name, error)) {
     ComplainAsShell(name + " is a folder; name a listings file in it");
-  } else if (!whole && std::filesystem::exists(name, error)) {
+  } else if (!whole && std::filesystem::is_regular_file(name, error)) {
     ComplainAsShell("a listings file's name ends in .xml: rename " + name + " to " + name + ".xml");
   } else {
-    ComplainAsShell("there is no listings file " + stem + std::string(kExtension));
+    ComplainAsShell("there is no listings file " + stem + std::string(kExtension) +
+                    (std::filesystem::exists(name, error) ? "; it must be a plain file" : ""));
   }
   return std::nullopt;
 }
@@ -134,12 +140,17 @@ std::string Reason(const std::string& logged) {
   }
   constexpr std::pair<std::string_view, char> kReferences[] = {
       {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}, {"&amp;", '&'}};
-  for (const auto& [name, character] : kReferences) {
-    for (std::size_t at = 0; (at = reason.find(name, at)) != std::string::npos; ++at) {
-      reason.replace(at, name.size(), 1, character);
-    }
+  constexpr std::size_t kLongest = 300;
+  std::string plain;
+  for (std::string_view rest = reason; !rest.empty() && plain.size() < kLongest;) {
+    const auto* const found = std::find_if(
+        std::begin(kReferences), std::end(kReferences),
+        [&](const auto& one) { return rest.substr(0, one.first.size()) == one.first; });
+    const bool is_reference = found != std::end(kReferences);
+    plain += is_reference ? found->second : rest[0];
+    rest.remove_prefix(is_reference ? found->first.size() : 1);
   }
-  return reason;
+  return plain.size() < kLongest ? plain : plain + " ...";
 }
 
 // Keeps the last of what the plug-in logs, for a load that fails.
@@ -169,19 +180,30 @@ class GuideScreen {
     offset_ = ReadPluginTime(guide_.TimeText(now_, 0)).value_or(now_) - now_;
     begin_ = guide_.Start();
     end_ = guide_.End();
+    // Where ends are not known, the last start has to do.
+    for (std::int32_t i = 0; i < guide_.StationCount(); ++i) {
+      const std::int32_t count = guide_.ProgramCount(i);
+      programs_ += count;
+      if (count == 0) continue;
+      const std::int64_t last = std::int64_t{guide_.ProgramStart(i, count - 1)} + 1;
+      end_ = std::max(end_, Clamped(last));
+    }
   }
 
   ExitStatus Show() {
-    if (end_ <= begin_) {
-      ComplainAsShell("no programme is listed for any of the " +
-                      std::to_string(guide_.StationCount()) +
-                      " stations; docs/listings.md says what a programme needs");
+    if (programs_ == 0) {
+      const std::int32_t count = guide_.StationCount();
+      ComplainAsShell(
+          "no programme is listed for " +
+          (count == 1 ? "the one station" : "any of the " + std::to_string(count) + " stations") +
+          "; docs/listings.md says what a programme needs");
       return kCallFailed;
     }
     if (!ChooseFrom()) return kCallFailed;
     const bool details = !options_.details.empty();
     const std::int32_t hours = options_.hours.value_or(details ? kUsualDetailsHours : kUsualHours);
-    to_ = from_ + hours * 60;
+    to_ = Clamped(std::int64_t{from_} + std::int64_t{hours} * 60);
+    from_ = std::min(from_, to_ - 1);
     return details ? ShowDetails() : ShowGrid();
   }
 
@@ -191,7 +213,8 @@ class GuideScreen {
   // The present half hour, or what was asked for.
   bool ChooseFrom() {
     const bool now_is_listed = now_ >= begin_ && now_ < end_;
-    from_ = now_is_listed ? guide_.Now(30) : begin_ - (begin_ % 30 + 30) % 30;
+    const std::int32_t first = Clamped(std::int64_t{begin_} - (begin_ % 30 + 30) % 30);
+    from_ = now_is_listed ? guide_.Now(30) : first;
     if (options_.at.empty()) return true;
     const auto moment = ReadMoment(options_.at, now_ + offset_);
     if (!moment) {
@@ -212,7 +235,8 @@ class GuideScreen {
                       When(begin_) + " to " + When(end_));
       return false;
     }
-    from_ = static_cast<std::int32_t>(time);
+    // A day begins where its listings do.
+    from_ = moment->minute ? Clamped(time) : std::max(Clamped(time), first);
     return true;
   }
 
@@ -253,15 +277,31 @@ class GuideScreen {
     return false;
   }
 
-  // The programmes of a station that touch the window.
+  // The programmes of a station that touch the window, with their ends. Where an end is not known,
+  // it is the next start, some hours on at the most.
   template <typename Take>
   void ForEachProgram(std::int32_t station, Take take) {
+    constexpr std::int32_t kLookBack = 64;  // for long programmes that others overlap
+    constexpr std::int64_t kLongestUnknown = 240;
     const std::int32_t count = guide_.ProgramCount(station);
-    std::int32_t program = guide_.FirstProgram(station, from_, to_);
-    for (; program >= 0 && program < count; ++program) {
+    std::int32_t low = 0;
+    for (std::int32_t high = count; low < high;) {
+      const std::int32_t middle = low + (high - low) / 2;
+      if (guide_.ProgramStart(station, middle) < from_) {
+        low = middle + 1;
+      } else {
+        high = middle;
+      }
+    }
+    for (std::int32_t program = std::max(0, low - kLookBack); program < count; ++program) {
       const std::int32_t start = guide_.ProgramStart(station, program);
       if (start >= to_) break;
-      take(program, start, guide_.ProgramEnd(station, program));
+      std::int32_t end = guide_.ProgramEnd(station, program);
+      if (end <= start) {
+        end = Clamped(start + kLongestUnknown);
+        if (program + 1 < count) end = std::min(end, guide_.ProgramStart(station, program + 1));
+      }
+      if (end > from_) take(program, start, end);
     }
   }
 
@@ -283,11 +323,10 @@ class GuideScreen {
       grid.rows.push_back(std::move(row));
     }
     for (const std::string& line : DrawGrid(grid, terminal_)) Print(line);
-    std::int64_t programs = 0;
-    for (std::int32_t i = 0; i < count; ++i) programs += guide_.ProgramCount(i);
     Print("");
-    Legend("Listed: " + When(begin_) + " to " + When(end_) + ", " + std::to_string(programs) +
-           " programmes on " + std::to_string(count) + (count == 1 ? " station" : " stations"));
+    Legend("Listed: " + When(begin_) + " to " + When(end_) + ", " + std::to_string(programs_) +
+           (programs_ == 1 ? " programme on " : " programmes on ") + std::to_string(count) +
+           (count == 1 ? " station" : " stations"));
     Legend("> on now   < began before   . nothing listed");
     return Finish();
   }
@@ -298,37 +337,44 @@ class GuideScreen {
     const std::string& text =
         options_.program_template.empty() ? kUsualTemplate : options_.program_template;
     for (const std::int32_t station : stations) {
-      std::int64_t day = -1;
+      std::optional<std::int64_t> day;
       ForEachProgram(station, [&](std::int32_t program, std::int32_t start, std::int32_t end) {
         const std::int64_t local = start + offset_;
-        if (local / kMinutesOfDay != day) {
-          if (day != -1) Print("");
-          day = local / kMinutesOfDay;
+        const std::int64_t minute = (local % kMinutesOfDay + kMinutesOfDay) % kMinutesOfDay;
+        if (day != local - minute) {
+          if (day) Print("");
+          day = local - minute;
           for (const std::string& line : WrapColumns(
                    guide_.StationName(station) + ", " + LongDayText(local), terminal_.columns))
             Print(line);
         }
         const bool on_now = start <= now_ && now_ < end;
-        ShowProgram(std::string(on_now ? "> " : "  ") + HourText(local) +
-                        (end > start ? '-' + HourText(end + offset_) : "      ") + "  ",
+        ShowProgram(std::string(on_now ? "> " : "  ") + HourText(local) + '-' +
+                        HourText(end + offset_) + "  ",
                     guide_.ProgramData(station, program, text));
       });
-      if (day == -1) {
-        Print(guide_.StationName(station) + ": nothing is listed from " + When(from_) + " to " +
-              When(to_));
+      if (!day) {
+        Legend(guide_.StationName(station) + ": nothing is listed from " + When(from_) + " to " +
+               When(to_));
       }
     }
     return Finish();
   }
 
   void ShowProgram(std::string lead, const std::string& text) {
-    const int indent = ColumnsOf(lead);
-    const int columns = std::max(10, terminal_.columns - indent);
-    std::vector<std::string> lines = WrapColumns(text, columns);
-    if (lines.empty()) lines.push_back("(no details)");
+    constexpr int kFewestColumns = 24;
+    std::size_t indent = lead.size();
+    if (terminal_.columns - static_cast<int>(indent) < kFewestColumns) {
+      Print(lead);
+      indent = 4;
+      lead.assign(indent, ' ');
+    }
+    std::vector<std::string> lines =
+        WrapColumns(text, terminal_.columns - static_cast<int>(indent));
+    if (lines.empty()) lines.emplace_back("(no details)");
     for (const std::string& line : lines) {
       Print(lead + line);
-      lead.assign(static_cast<std::size_t>(indent), ' ');
+      lead.assign(indent, ' ');
     }
   }
 
@@ -336,9 +382,16 @@ class GuideScreen {
     for (const std::string& line : WrapColumns(text, terminal_.columns)) Print(line);
   }
 
-  static void Print(std::string line) {
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
+  void Print(const std::string& line) const {
+    // Colours are not part of what Shown may touch; a terminal that is not UTF-8 does without.
+    const std::string whole = (terminal_.ascii ? Shown(line, true) : line) + '\n';
+    std::fwrite(whole.data(), 1, whole.size(), stdout);
+  }
+
+  static std::int32_t Clamped(std::int64_t time) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(time, Limits::min() + 1, Limits::max()));
   }
 
   static ExitStatus Finish() {
@@ -354,6 +407,7 @@ class GuideScreen {
   std::int64_t offset_ = 0;
   std::int32_t begin_ = 0;
   std::int32_t end_ = 0;
+  std::int64_t programs_ = 0;
   std::int32_t from_ = 0;
   std::int32_t to_ = 0;
 };
@@ -391,6 +445,7 @@ std::optional<GuideOptions> ReadGuideOptions(const std::vector<std::string>& arg
       error = "guide has no option " + name;
       return std::nullopt;
     }
+    option->value.clear();
     if (equals != std::string::npos) {
       option->value = argument.substr(equals + 1);
     } else if (at + 1 < arguments.size()) {
@@ -419,6 +474,10 @@ std::optional<GuideOptions> ReadGuideOptions(const std::vector<std::string>& arg
     return std::nullopt;
   }
   options.stations = Split(stations);
+  if (options.stations.empty() && !stations.empty()) {
+    error = "--stations needs a value";
+    return std::nullopt;
+  }
   if (options.details.empty() && !options.program_template.empty()) {
     error = "--template goes with --details";
     return std::nullopt;

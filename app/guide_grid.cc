@@ -45,7 +45,7 @@ class Drawing {
   }
 
   int ColumnOf(std::int64_t time) const {
-    const std::int64_t span = grid_.to - grid_.from;
+    const std::int64_t span = std::int64_t{grid_.to} - grid_.from;
     const std::int64_t column = (time - grid_.from) * grid_columns_ / span;
     return static_cast<int>(std::clamp<std::int64_t>(column, 0, grid_columns_));
   }
@@ -99,34 +99,38 @@ class Drawing {
     AddScaleLine(mark, kBold);
   }
 
-  std::string Gap(int columns) const {
-    return Styled(kDim, std::string(static_cast<std::size_t>(columns), '.'));
+  std::string Cells(const GuideRow& row) const {
+    constexpr std::size_t kNothing = ~std::size_t{0};
+    std::vector<std::size_t> shown(static_cast<std::size_t>(grid_columns_), kNothing);
+    for (std::size_t i = 0; i < row.cells.size(); ++i) {
+      const auto begin = static_cast<std::size_t>(ColumnOf(row.cells[i].start));
+      const auto end = static_cast<std::size_t>(ColumnOf(row.cells[i].end));
+      for (std::size_t column = begin; column < end; ++column) shown[column] = i;
+    }
+    std::string line;
+    for (std::size_t begin = 0; begin < shown.size();) {
+      std::size_t end = begin + 1;
+      while (end < shown.size() && shown[end] == shown[begin]) ++end;
+      const auto columns = static_cast<int>(end - begin);
+      if (shown[begin] == kNothing) {
+        line += Styled(kDim, std::string(end - begin, '.'));
+      } else {
+        const GuideCell& cell = row.cells[shown[begin]];
+        const bool starts =
+            cell.start >= grid_.from && ColumnOf(cell.start) == static_cast<int>(begin);
+        line += Cell(cell, columns, starts);
+      }
+      begin = end;
+    }
+    return line;
   }
 
-  std::string Cells(const GuideRow& row) const {
-    std::string line;
-    int drawn = 0;
-    for (std::size_t i = 0; i < row.cells.size() && drawn < grid_columns_; ++i) {
-      const GuideCell& cell = row.cells[i];
-      const std::int32_t next = i + 1 < row.cells.size() ? row.cells[i + 1].start : grid_.to;
-      const std::int32_t end = cell.end > cell.start ? cell.end : next;
-      if (end <= grid_.from || cell.start >= grid_.to) continue;
-      const int begin_column = std::max(drawn, ColumnOf(cell.start));
-      // The next one is drawn where it begins, even if this one goes on.
-      const int end_column = ColumnOf(std::min(end, std::max(next, grid_.from)));
-      if (end_column <= begin_column) continue;
-      if (begin_column > drawn) line += Gap(begin_column - drawn);
-      const bool on_now = cell.start <= grid_.now && grid_.now < end;
-      std::string text(1, cell.start < grid_.from ? '<' : '|');
-      const int columns = end_column - begin_column;
-      if (on_now && columns > 1) text += '>';
-      const int title_columns = columns - static_cast<int>(text.size());
-      text += FitColumns(cell.title, title_columns, Ellipsis());
-      line += on_now ? Styled(kReverse, text) : text;
-      drawn = end_column;
-    }
-    if (drawn < grid_columns_) line += Gap(grid_columns_ - drawn);
-    return line;
+  std::string Cell(const GuideCell& cell, int columns, bool starts) const {
+    const bool on_now = cell.start <= grid_.now && grid_.now < cell.end;
+    std::string text(1, starts ? '|' : '<');
+    if (on_now && columns > 1) text += '>';
+    text += FitColumns(cell.title, columns - static_cast<int>(text.size()), Ellipsis());
+    return on_now ? Styled(kReverse, text) : text;
   }
 
   const GuideGrid& grid_;

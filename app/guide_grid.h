@@ -9,8 +9,7 @@
 
 namespace shell {
 
-// Units: the plug-in's times, minutes in UTC. An end that does not lie behind its start is not
-// known.
+// Units: the plug-in's times, minutes in UTC.
 struct GuideCell {
   std::int32_t start;
   std::int32_t end;
@@ -19,7 +18,7 @@ struct GuideCell {
 
 struct GuideRow {
   std::string station;
-  std::vector<GuideCell> cells;  // in order
+  std::vector<GuideCell> cells;  // in order of start; where they overlap, the later one is shown
 };
 
 struct GuideGrid {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <exception>
@@ -40,8 +41,9 @@ constexpr const char* kHelp =
     "  --plugin     the plug-in to load (default: epgbrowser.so beside this program, or\n"
     "               where it is installed)\n"
     "\n"
-    "The guide uses colours on a terminal, unless NO_COLOR is set; in a pipe it is as\n"
-    "wide as COLUMNS says, or 80.\n"
+    "Times are local, by the offset from UTC that is in force now. The guide uses\n"
+    "colours on a terminal, unless NO_COLOR is set; in a pipe it is as wide as COLUMNS\n"
+    "says, or 80.\n"
     "\n"
     "Exit status: 0 all was shown or every call succeeded, 1 there is nothing to show, a\n"
     "call failed or a result could not be written, 2 nothing was done.\n";
@@ -96,6 +98,9 @@ int Main(const std::vector<std::string>& arguments) {
   plugin = plugin.empty() ? DefaultPlugin() : std::filesystem::absolute(plugin).string();
   const std::vector<std::string> rest(arguments.begin() + static_cast<std::ptrdiff_t>(next),
                                       arguments.end());
+  if (std::find(rest.begin(), rest.end(), "--help") != rest.end()) {
+    return Tell(std::string(kUsage) + kHelp);
+  }
   if (command == "guide") {
     std::string error;
     const auto options = shell::ReadGuideOptions(rest, error);

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
 namespace shell {
 
@@ -35,10 +37,15 @@ Terminal Terminal::Find() {
   winsize size = {};
   int columns = 0;
   if (shown && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) columns = size.ws_col;
-  if (columns == 0) columns = std::atoi(Environment("COLUMNS").data());
-  if (columns <= 0) columns = kUsual;
-  const bool colours = shown && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
-  return {std::clamp(columns, kFewest, 1000), colours, SpeaksUtf8()};
+  if (columns == 0) {
+    const std::string_view asked = Environment("COLUMNS");
+    const auto [end, error] = std::from_chars(asked.data(), asked.data() + asked.size(), columns);
+    if (error != std::errc() || columns <= 0) columns = kUsual;
+  }
+  const bool utf8 = SpeaksUtf8();
+  const bool colours =
+      shown && utf8 && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+  return {std::clamp(columns, kFewest, 1000), colours, utf8, shown && !utf8};
 }
 
 bool ErrorsAreShown() { return ::isatty(STDERR_FILENO) != 0; }

@@ -137,6 +137,23 @@ TEST(Epgshell, ShowsTheGuideOfTheSampleWeek) {
             "Velvet Reel, Thu 23 Nov 2006\n  20:00-22:00  The Orchard on Ganymede (2021)\n");
 }
 
+TEST(Epgshell, ShowsListingsWithoutEndsAndFlags) {
+  const epg_test::TempFile file(
+      "<tv generator-info-name=\"XMLTV\">\n<channel id=\"a\"><display-name>\x1b[2JA</display-name>"
+      "</channel>\n<programme start=\"20061123200000\" channel=\"a\"><title>First</title>"
+      "<desc>Of two.</desc></programme>\n<programme start=\"20061123203000\" channel=\"a\">"
+      "<title>Second</title></programme>\n</tv>\n");
+  const Outcome grid = RunShell("guide " + file.Stem() + " --at '23.11.2006' --hours 1");
+  EXPECT_NE(grid.out.find("\n [2JA   |First                              |Second\n"),
+            std::string::npos)
+      << grid.out << grid.err;
+  const Outcome details = RunShell("guide " + file.Stem() + " --details 0 --at '2006-11-23 20:10'");
+  EXPECT_EQ(details.out,
+            " [2JA, Thu 23 Nov 2006\n  20:00-20:30  First\n               Of two.\n"
+            "  20:30-00:30  Second\n")
+      << details.err;
+}
+
 TEST(Epgshell, SaysWhyThereIsNoGuide) {
   const epg_test::TempFile html("<html><body>404</body></html>", "html.xml");
   const epg_test::TempFile cut("<tv generator-info-name='XMLTV'><channel id='a'>", "cut.xml");

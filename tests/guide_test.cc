@@ -26,12 +26,12 @@ TEST(DisplayText, IsCutByWhatATerminalShows) {
       {"The News", 6, "The N~"},
       {"The News", 5, "The~ "},  // no blank before the mark
       {"L'H\u00f4tel", 6, "L'H\u00f4t~"},
-      {"e\u0301te\u0301", 3, "e\u0301te\u0301"},                 // combining accents
-      {"\u65e5\u672c\u8a9e", 6, "\u65e5\u672c\u8a9e"},           // two columns each
-      {"\u65e5\u672c\u8a9e", 4, "\u65e5~ "},                     // half a character is none
-      {"a\x1b[31mb\tc\n", 10, "a [31mb c "},                     // nothing steers the terminal
-      {"caf\xe9 \xe2\x82", 7, "caf? ??"},                        // no UTF-8
-      {"\xed\xa0\x80\xf4\x90\x80\x80\xc0\xaf", 9, "?????????"},  // nor this
+      {"e\u0301te\u0301", 3, "e\u0301te\u0301"},                      // combining accents
+      {"\u65e5\u672c\u8a9e", 6, "\u65e5\u672c\u8a9e"},                // two columns each
+      {"\u65e5\u672c\u8a9e", 4, "\u65e5~ "},                          // half a character is none
+      {"a\x1b[31mb\tc\n", 10, "a [31mb c "},                          // nothing steers the terminal
+      {"caf\xe9 \x92\x81", 7, "caf\u00e9 \u2019?"},                   // no UTF-8
+      {"\xed\xa0\x80\xc0\xaf", 5, "\u00ed\u00a0\u20ac\u00c0\u00af"},  // nor this
       {"x", 0, ""},
   };
   for (const auto& [text, columns, shown] : rows) {
@@ -94,7 +94,9 @@ TEST(GuideGrid, ShowsGapsDaysAndWhatIsOnNow) {
        {{at("2026-11-23 21:00"), at("2026-11-23 22:00"), "Before"},
         {at("2026-11-23 22:00"), at("2026-11-23 23:00"), "A long title that is cut"},
         {at("2026-11-23 23:30"), at("2026-11-24 02:00"), "Night"}}},
-      {"A station with a long name", {{at("2026-11-23 21:45"), -1, "No end"}}},
+      {"A station with a long name",
+       {{at("2026-11-23 21:45"), at("2026-11-24 00:30"), "Long one"},
+        {at("2026-11-23 22:00"), at("2026-11-23 22:30"), "Short"}}},
       {"Empty", {}},
   };
   const std::vector<std::string> expected = {
@@ -102,18 +104,18 @@ TEST(GuideGrid, ShowsGapsDaysAndWhatIsOnNow) {
       "                     22:30     23:00     23:30     00:00     00:30     01:00",
       "                                  v now 23:10",
       "One                  <Before   |>A long title that~..........|Night",
-      "A station with a lo~ .....|>No end",
+      "A station with a lo~ .....|>Lo~|>Short   <>Long one",
       "Empty                ............................................................",
   };
-  std::vector<std::string> lines = shell::DrawGrid(grid, {81, false, false});
+  std::vector<std::string> lines = shell::DrawGrid(grid, {81, false, false, false});
   EXPECT_EQ(expected, lines);
   EXPECT_EQ(lines[5].size(), 81U);
   for (const int columns : {20, 80, 120, 200}) {
-    for (const std::string& line : shell::DrawGrid(grid, {columns, false, true})) {
+    for (const std::string& line : shell::DrawGrid(grid, {columns, false, true, false})) {
       EXPECT_LE(ColumnsOf(line), columns) << line;
     }
   }
-  const std::string joined = shell::DrawGrid(grid, {81, true, true})[3];
+  const std::string joined = shell::DrawGrid(grid, {81, true, true, false})[3];
   EXPECT_NE(joined.find("\033[7m|>A long title"), std::string::npos) << joined;
 }
 
