@@ -139,7 +139,7 @@ BENCHMARK(LogEntry);
 void LogEntryInBackground(benchmark::State& state) {
   MLog.SetSink([](auto, std::string_view text) { benchmark::DoNotOptimize(text.data()); });
   {
-    const ORVANE::MLOG::BACKGROUND background;
+    ORVANE::MLOG::BACKGROUND background;
     for (auto _ : state) MLog.Log("Unknown XMLTV data element: %s%s", "", "episode-num");
   }
   MLog.SetSink({});

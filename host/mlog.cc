@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -128,7 +129,10 @@ void MLOG::BACKGROUND::PassOn() {
     for (std::string_view rest = taken; !rest.empty();) {
       ENTRY entry = {};
       std::memcpy(&entry, rest.data(), sizeof entry);
-      MLog.Pass(entry.type, rest.substr(sizeof entry, entry.length));
+      try {
+        MLog.Pass(entry.type, rest.substr(sizeof entry, entry.length));
+      } catch (const std::exception&) {  // nobody is left to tell; the next entry may do better
+      }
       rest.remove_prefix(sizeof entry + entry.length);
     }
   }

@@ -51,8 +51,8 @@ ORVANE_API extern MLOG MLog;
 
 // What a thread that works in the background logs, for as long as this lives on it. A sink takes a
 // microsecond and more for an entry, and some listings log one for every programme: so from a
-// number on, entries wait for a thread of their own to pass them on. When this ends, all of them
-// have reached the sink.
+// number on, entries wait for a thread of their own to pass them on; those of other threads may
+// then pass them by. When this ends, all of them have reached the sink.
 class ORVANE_API MLOG::BACKGROUND {
  public:
   BACKGROUND();

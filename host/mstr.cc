@@ -34,8 +34,8 @@ MSTR MSTR::Placed(std::string_view text, void* storage) {
 
 void MSTR::Reserve(std::size_t capacity) {
   if (capacity <= Capacity()) return;
-  char* const fresh = Allocate(capacity);
   const std::uint32_t length = Length();
+  char* const fresh = Allocate(std::max<std::size_t>(capacity, length));
   std::memcpy(fresh, Text(), length);
   Adopt(fresh, length);
 }

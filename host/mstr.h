@@ -94,8 +94,8 @@ class ORVANE_API MSTR {
   const char* Text() const { return IsInline() ? InlineText() : Pointer(); }
   std::uint32_t Length() const { return IsInline() ? InlineLength() : Header()->length; }
   bool IsEmpty() const { return Length() == 0; }
-  // The characters are somebody else's.
-  bool IsPlaced() const { return (word_ & (kIsInline | kIsBorrowed)) == kIsBorrowed; }
+  // The text has storage of its own on the heap: neither placed, nor so short that it needs none.
+  bool OnHeap() const { return (word_ & (kIsInline | kIsBorrowed)) == 0; }
   std::string_view View() const { return {Text(), Length()}; }
 
   // Allocates exactly what `text` needs, or keeps the storage that is large enough. `text` may be
@@ -186,7 +186,6 @@ class ORVANE_API MSTR {
   char* Pointer() const { return reinterpret_cast<char*>(word_ & ~kIsBorrowed); }
   HEADER* Header() const { return reinterpret_cast<HEADER*>(Pointer()) - 1; }
 
-  bool OnHeap() const { return (word_ & (kIsInline | kIsBorrowed)) == 0; }
   std::uint32_t Capacity() const { return OnHeap() ? Header()->capacity : kInlineLength; }
 
   void Free() {

@@ -32,7 +32,7 @@ void MTHREAD::Stop() { stop_.store(true, std::memory_order_release); }
 
 void MTHREAD::Body() {
   {
-    const MLOG::BACKGROUND log;
+    MLOG::BACKGROUND log;
     try {
       Run();
     } catch (const std::exception& error) {

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "host/mstrm.h"
@@ -114,7 +116,7 @@ bool AppendReference(std::string_view name, MSTR& text) {
 
 // Appends character data, its references resolved.
 void AppendText(std::string_view raw, MSTR& text) {
-  // No reference that names a character is longer.
+  // Longer ones, which only zeros can make, stay as they are.
   constexpr std::size_t kLongest = 32;
   std::size_t copied = 0;
   for (std::size_t at = raw.find('&'); at != std::string_view::npos; at = raw.find('&', at)) {
@@ -204,8 +206,7 @@ class PARSER {
     const std::string_view rest = text_.substr(at_);
     if (rest.substr(0, 4) == "<!--") return SkipPast("-->", 4);
     if (rest.substr(0, 9) == "<![CDATA[") return CharacterSection();
-    if (rest.substr(0, 9) == "<!DOCTYPE") return DocumentType();
-    return StartTag();
+    return rest.substr(0, 9) == "<!DOCTYPE" && DocumentType();
   }
 
   bool SkipPast(std::string_view end, std::size_t opening) {
@@ -343,12 +344,17 @@ bool MXML::Load(const MSTR& file_name) {
   Clear();
   MSTR text;
   if (!ReadWhole(file_name, text)) return false;
-  if (!PARSER(text.View(), root_, memory_).Parse()) {
+  try {
+    if (PARSER(text.View(), root_, memory_).Parse()) {
+      text_ = std::move(text);
+      return true;
+    }
+  } catch (const std::bad_alloc&) {
     Clear();
-    return false;
+    throw;
   }
-  text_ = std::move(text);
-  return true;
+  Clear();
+  return false;
 }
 
 }  // namespace ORVANE

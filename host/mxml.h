@@ -1,8 +1,9 @@
 // The engine's XML document, held as a tree, and the node record that the plug-in's own reader
 // builds too.
 //
-// Ownership: a document owns its tree, whose nodes and texts stand in its memory: what is moved out
-//   of a node must not outlive the document. A node owns its name and value only; whoever makes a
+// Ownership: a document owns its tree, whose nodes and texts stand in its memory and end with it,
+//   without destructors: what is moved out of a node must not outlive the document, and nothing
+//   that owns storage may be moved into one. A node owns its name and value only; whoever makes a
 //   tree of nodes frees it.
 // Threads: a document or tree belongs to one thread.
 // Errors: a file that cannot be read or is malformed leaves an empty text and a root without
@@ -74,8 +75,8 @@ class ORVANE_API MXML {
   //
   // Bytes stay as they are, line ends and encoding included; numeric references become UTF-8, an
   // unknown reference or a lone '&' stands for itself, CDATA is text, comments and processing
-  // instructions leave no node. A node's value is all of its own text. True when the document is
-  // well-formed; nothing is held otherwise.
+  // instructions leave no node. A node's value is all of its own text. True when every tag is whole
+  // and every element closed by its name; nothing is held otherwise.
   bool Load(const MSTR& file_name);
 
   // The document as it was read; empty when the last Load failed.

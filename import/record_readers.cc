@@ -28,10 +28,12 @@ struct Field {
 
 template <typename Record, MSTR Record::*kText>
 void AssignText(Record& record, MSTR& text, std::int32_t /*base_time*/) {
-  if (text.IsPlaced()) {
-    record.*kText = text;  // a copy, as a document's texts go with it
-  } else {
+  // What a document's node holds ends with the document, without a destructor: only storage that is
+  // surely the text's own changes hands.
+  if (text.OnHeap()) {
     record.*kText = std::move(text);
+  } else {
+    record.*kText = text;
   }
 }
 

@@ -32,14 +32,16 @@ FileTime LocalOffset() {
       static_cast<std::time_t>((GetSystemTimeAsFileTime() - kUnixEpoch) / kTicksPerSecond);
   // Asking the system takes 2 us, and a screen full of programmes has hundreds of times.
   static constinit thread_local struct {
-    std::time_t second = -1;
+    bool valid = false;
+    std::time_t second = 0;
     FileTime offset = 0;
   } known;
-  if (known.second != now) {
+  if (!known.valid || known.second != now || overrides.clock != nullptr) {
     ::tzset();  // localtime_r alone need not notice a changed zone
     std::tm local = {};
     known.offset = ::localtime_r(&now, &local) != nullptr ? local.tm_gmtoff * kTicksPerSecond : 0;
     known.second = now;
+    known.valid = true;
   }
   return known.offset;
 }

@@ -97,6 +97,7 @@ class CRecordMap {
       while (grown[at].position != kFree) at = (at + 1) & mask;
       grown[at] = place;
     }
+    records_.reserve(grown.size() / 4 * 3);  // so that what `make` has done is never undone
     places_.swap(grown);
   }
 

@@ -14,13 +14,19 @@ constexpr MSTR CScheduleItem::*kTexts[] = {
     &CScheduleItem::subtitles,    &CScheduleItem::new_marker, &CScheduleItem::premiere,
 };
 
+// A stored programme's key stands in the schedule's memory already.
+MSTR KeyOf(const CScheduleItem& item, CScheduleMemory& memory) {
+  if (item.program == nullptr) return memory.Keep(item.program_key);
+  return item.program->key.OnHeap() ? memory.Keep(item.program->key) : item.program->key.Alias();
+}
+
 }  // namespace
 
 CScheduleItem::CScheduleItem(const CScheduleItem& other, CScheduleMemory& memory)
     : start(other.start),
       end(other.end),
       program(other.program),
-      program_key(program != nullptr ? program->key.Alias() : memory.Keep(other.program_key)) {
+      program_key(KeyOf(other, memory)) {
   for (const auto text : kTexts) {
     if (!(other.*text).IsEmpty()) this->*text = memory.Keep(other.*text);
   }

@@ -8,10 +8,13 @@ using ORVANE::MSTR;
 
 namespace {
 
-// Has the processor fetch what may stand at an address; one where nothing does is harmless.
-void Prefetch(const void* address) {
+// Has the processor fetch the item that may stand so many places beside another; where none does,
+// that is harmless.
+void PrefetchBeside(const CScheduleItem* item, std::intptr_t places) {
 #if defined(__GNUC__)
-  __builtin_prefetch(address);
+  const auto address = reinterpret_cast<std::intptr_t>(item);
+  constexpr auto kSize = static_cast<std::intptr_t>(sizeof(CScheduleItem));
+  __builtin_prefetch(reinterpret_cast<const void*>(address + places * kSize));
 #endif
 }
 
@@ -125,7 +128,7 @@ const CScheduleItem* CStation::FindFirstProgram(std::int32_t from, std::int32_t 
   const CScheduleItem* item = EarliestAtOrBelow(static_cast<std::int32_t>(bucket));
   // In a large schedule the wait for an item's memory is most of a query. Items that came in order
   // stand side by side, so the neighbours are likely those that are asked for next.
-  for (int neighbour : {-1, 1, 2, 3}) Prefetch(item + neighbour);
+  for (const std::intptr_t neighbour : {-1, 1, 2, 3}) PrefetchBeside(item, neighbour);
   if (item->previous != nullptr && item->previous->end > from) return item->previous;
   while (item != nullptr && item->end <= from) item = item->next;
   return item != nullptr && item->start < to ? item : nullptr;

@@ -35,7 +35,8 @@ class CStation {
   //
   // False: an item with that start is there already; the station is unchanged. An item that starts
   // behind all others, as a file in order gives them, is filed without a search.
-  // REQUIRES: the item's start and end are set.
+  // REQUIRES: the item's start and end are set, and its programme, if any, lives as long as the
+  // station's memory.
   bool Insert(const CScheduleItem& item);
 
   // Appends every item, in start order, to the programme index. Called once, after the last Insert.

@@ -135,7 +135,7 @@ constexpr std::string_view kTitan = R"(<!DOCTYPE x><x><ProgramDataCollection>
 <ProviderID>Prov</ProviderID><BaseTime>2009-03-01T18:00:00</BaseTime>
 <Stations><s><station_id>1</station_id><call_sign>C&#65;</call_sign><rf_channel>9</rf_channel></s>
 <t><station_id>1</station_id></t></Stations>
-<Programs><p><program_id>P</program_id><title>A &amp; B</title></p>
+<Programs><p><program_id>P</program_id><title>A longer title</title><title>A &amp; B</title></p>
 <p><program_id>P</program_id></p><p/><p/></Programs>
 <Schedules><i><station_id>1</station_id><program_id>P</program_id><start_time>90</start_time>
 <end_time>120</end_time></i><i><station_id>1</station_id><program_id>Q</program_id>

@@ -22,6 +22,9 @@ TEST(Mstr, TakesPartsOfItself) {
     const std::string whole = std::string(size / 2, 'a') + std::string(size - size / 2, 'b');
     const std::string part = whole.substr(size / 3);
     MSTR text(whole);
+    std::vector<std::uint64_t> storage(MSTR::PlacedBytes(size) / 8);
+    if (size % 2 == 1) text = MSTR::Placed(whole, storage.data());
+    if (size % 4 == 3) text.Reserve(8);
     text.Append(text.View().substr(size / 3));
     EXPECT_EQ(whole + part, text.View());
     text.Assign(text.View().substr(size / 3));
@@ -63,8 +66,8 @@ TEST(Mxml, KeepsTextsAsTheyStandAndNothingOfAMalformedDocument) {
       {"<r>&lt;&#65;&#x20aC;&no;&#0;& ;<![CDATA[<b>&lt;]]]></r>", "{r{<A€&no;&#0;& ;<b>&lt;]}}"},
       {"<r>\0\xff</r>"s, "{r{\0\xff}}"s},
       {whole, "{r@a=1{b{<x}c{}}}"}};
-  for (const char* malformed :
-       {"<r></q>", "<a><b></a></b>", "<r/><r/>", "</r>", "<r/>x", "<r a/>", "<r a='<'/>"}) {
+  for (const char* malformed : {"<r></q>", "<r><!x></!x></r>", "<a><b></a></b>", "<r/><r/>", "</r>",
+                                "<r/>x", "<r a/>", "<r a='<'/>"}) {
     rows.emplace_back(malformed, "{}");
   }
   for (std::size_t end = 0; end < whole.size(); ++end)
@@ -137,6 +140,20 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
   ASSERT_EQ(kEntries + 1, entries.size());
   for (std::size_t i = 0; i < kEntries; ++i) ASSERT_EQ("log: " + std::to_string(i), entries[i]);
   EXPECT_EQ("error: A thread ended by an exception: no %s disk", entries.back());
+}
+
+TEST(Threads, LogOnWhenASinkThrows) {
+  int entries = 0;
+  ORVANE::MLog.SetSink([&entries](auto, std::string_view text) {
+    if (text == "100") throw std::bad_alloc();
+    ++entries;
+  });
+  {
+    ORVANE::MLOG::BACKGROUND background;
+    for (int i = 0; i < 200; ++i) ORVANE::MLog.Log("%i", i);
+  }
+  ORVANE::MLog.SetSink({});
+  EXPECT_EQ(199, entries);
 }
 
 }  // namespace
