@@ -94,6 +94,7 @@ void ExpandATemplate(benchmark::State& state) {
     benchmark::DoNotOptimize(
         ExpandTemplate(item, "$Title[$(: )$EpisodeTitle][$(, )$Genre]", false));
   }
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(ExpandATemplate);
 
@@ -105,18 +106,21 @@ void ExpandAllFields(benchmark::State& state) {
         "$Time $Title[$(: )$EpisodeTitle][ ($PublishDate)][\\n$Description][\\n$Actors][ $Flags]",
         false));
   }
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(ExpandAllFields);
 
 void WriteTime(benchmark::State& state) {
   const auto format = static_cast<std::int32_t>(state.range(0));
   for (auto _ : state) benchmark::DoNotOptimize(ConvertLocalTime2String(224'000'000, format));
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(WriteTime)->DenseRange(0, 5);
 
 void ReadTime(benchmark::State& state) {
   const MSTR text("20240401183000 +0100");
   for (auto _ : state) benchmark::DoNotOptimize(ParseTime(TimeLayout::kDigits, text));
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(ReadTime);
 
@@ -132,6 +136,7 @@ void LogEntry(benchmark::State& state) {
   MLog.SetSink([](auto, std::string_view text) { benchmark::DoNotOptimize(text.data()); });
   for (auto _ : state) MLog.Log("Unknown XMLTV data element: %s%s", "", "episode-num");
   MLog.SetSink({});
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(LogEntry);
 
@@ -143,6 +148,7 @@ void LogEntryInBackground(benchmark::State& state) {
     for (auto _ : state) MLog.Log("Unknown XMLTV data element: %s%s", "", "episode-num");
   }
   MLog.SetSink({});
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(LogEntryInBackground);
 

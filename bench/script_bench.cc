@@ -67,6 +67,7 @@ void CallGetFirstProgram4Time(benchmark::State& state) {
     guide.Call("GetFirstProgram4Time", station, at, at + 1);
     next = (next + 1) % queries.size();
   }
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(CallGetFirstProgram4Time);
 
@@ -76,18 +77,21 @@ void CallGetProgramData(benchmark::State& state) {
     guide.Call("GetProgramData", std::int32_t{0}, std::int32_t{7},
                std::string_view("$Title[$(: )$EpisodeTitle][$(, )$Genre]"));
   }
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(CallGetProgramData);
 
 void CallGetReady(benchmark::State& state) {
   Guide& guide = Guide::Get();
   for (auto _ : state) guide.Call("GetReady");
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(CallGetReady);
 
 void Think(benchmark::State& state) {
   CEPGBrowser& browser = Guide::Get().Browser();
   for (auto _ : state) browser.Think(16);
+  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(Think);
 
