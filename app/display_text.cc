@@ -115,6 +115,12 @@ std::string Shown(std::string_view text, bool ascii) {
   return shown;
 }
 
+std::string Lowered(std::string_view text) {
+  std::string lowered(text);
+  for (char& c : lowered) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+  return lowered;
+}
+
 int ColumnsOf(std::string_view text) {
   int columns = 0;
   while (!text.empty()) columns += TakeGlyph(text).columns;

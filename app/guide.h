@@ -36,10 +36,6 @@ class Guide {
   }
 
   std::int32_t ProgramCount(std::int32_t station) { return Integer("GetProgramCount", station); }
-  // -1 when there is none.
-  std::int32_t FirstProgram(std::int32_t station, std::int32_t from, std::int32_t to) {
-    return Integer("GetFirstProgram4Time", station, from, to);
-  }
   std::int32_t ProgramStart(std::int32_t station, std::int32_t program) {
     return Integer("GetProgramStartTime", station, program);
   }

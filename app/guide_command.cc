@@ -34,12 +34,6 @@ constexpr const char* kUsualTemplate =
     "$Title[$(: )$EpisodeTitle][ ($PublishDate)][, $Genre][, $StarRating][ ($Flags)]"
     "[\\n$Description][\\nWith $Actors][\\nDirected by $Director]";
 
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  for (char& c : lowered) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-  return lowered;
-}
-
 std::optional<std::int32_t> Number(std::string_view text) {
   std::int32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -216,27 +210,22 @@ class GuideScreen {
     const std::int32_t first = Clamped(std::int64_t{begin_} - (begin_ % 30 + 30) % 30);
     from_ = now_is_listed ? guide_.Now(30) : first;
     if (options_.at.empty()) return true;
-    const auto moment = ReadMoment(options_.at, now_ + offset_);
-    if (!moment) {
-      ComplainAsShell(
-          "--at " + options_.at +
-          " is no time; write it as 20:15, tomorrow 20:15, 2026-11-23 20:15 or 23 Nov 8pm");
-      return false;
-    }
+    // It has been understood once; only now is it known what it means.
+    const Moment moment = ReadMoment(options_.at, now_ + offset_).value_or(Moment{});
     // A time of day alone is today's, or the first listed day's.
     const std::int64_t usual = (now_is_listed ? now_ : begin_) + offset_;
-    const std::int64_t day = moment->day.value_or(usual - usual % kMinutesOfDay);
-    std::int64_t local = day + moment->minute.value_or(0);
-    if (!moment->day && !now_is_listed && local < usual - 30) local += kMinutesOfDay;
+    const std::int64_t day = moment.day.value_or(usual - usual % kMinutesOfDay);
+    std::int64_t local = day + moment.minute.value_or(0);
+    if (!moment.day && !now_is_listed && local < usual - 30) local += kMinutesOfDay;
     const std::int64_t time = local - offset_;
-    const std::int64_t last = moment->minute ? time : time + kMinutesOfDay - 1;
+    const std::int64_t last = moment.minute ? time : time + kMinutesOfDay - 1;
     if (last < begin_ || time >= end_) {
       ComplainAsShell("nothing is listed at " + DateTimeText(local) + "; the schedule runs from " +
                       When(begin_) + " to " + When(end_));
       return false;
     }
     // A day begins where its listings do.
-    from_ = moment->minute ? Clamped(time) : std::max(Clamped(time), first);
+    from_ = moment.minute ? Clamped(time) : std::max(Clamped(time), first);
     return true;
   }
 

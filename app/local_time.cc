@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "app/display_text.h"
+
 namespace shell {
 
 namespace {
@@ -34,12 +36,6 @@ std::optional<std::int64_t> DayOf(int year, int month, int day) {
 sys_days DateOf(std::int64_t local) {
   const std::int64_t days = local / kMinutesOfDay - (local % kMinutesOfDay < 0 ? 1 : 0);
   return sys_days(std::chrono::days(days - kDaysTo1970));
-}
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  for (char& c : lowered) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-  return lowered;
 }
 
 std::optional<int> Number(std::string_view text) {
