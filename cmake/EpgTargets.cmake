@@ -30,3 +30,10 @@ add_library(epg_hidden INTERFACE)
 target_compile_options(epg_hidden INTERFACE
   -fvisibility=hidden -fvisibility-inlines-hidden
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+
+# Where engine and module are installed, from where the programs are.
+file(RELATIVE_PATH EPG_MODULE_FOLDER
+  ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/epgbrowser)
+function(epg_find_engine_from_program program)
+  set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${EPG_MODULE_FOLDER}")
+endfunction()
