@@ -15,7 +15,7 @@ if [ "${1:-}" = --runs ]; then
   limit="-runs=$2"
 fi
 scripts/setup.sh fuzz
-targets="guide listings mxml reader script template time"
+targets="epgcache guide listings mxml reader script template time"
 cmake --preset fuzz >/dev/null
 # shellcheck disable=SC2046  # a list of words
 cmake --build --preset fuzz --target $(for target in $targets; do echo "${target}_fuzz"; done)

@@ -3,7 +3,8 @@
 # sudo asks for no password, by installing their Debian packages; otherwise by saying what is missing.
 #
 #   scripts/setup.sh build     what building and running needs
-#   scripts/setup.sh test      and the tests
+#   scripts/setup.sh tools     and the companion programs
+#   scripts/setup.sh test      and the tests of all of it
 #   scripts/setup.sh fuzz      and fuzzing: clang with its sanitizers
 #   scripts/setup.sh coverage  and measuring what the tests cover
 #   scripts/setup.sh bench     and the benchmarks
@@ -13,24 +14,51 @@
 set -eu
 
 packages="g++ cmake ninja-build"
+tools="libcli11-dev libicu-dev liblzma-dev libxml2-dev zlib1g-dev"
+tests="$tools libgmock-dev libgtest-dev libpugixml-dev xz-utils"
 case "${1:-build}" in
   build) ;;
-  test) packages="$packages libgtest-dev libgmock-dev" ;;
-  fuzz) packages="$packages libgtest-dev libgmock-dev clang libclang-rt-14-dev" ;;
-  coverage) packages="$packages libgtest-dev libgmock-dev gcovr" ;;
+  tools) packages="$packages $tools" ;;
+  test) packages="$packages $tests" ;;
+  fuzz) packages="$packages $tests clang libclang-rt-14-dev" ;;
+  coverage) packages="$packages $tests gcovr" ;;
   bench) packages="$packages libbenchmark-dev" ;;
-  package) packages="$packages dpkg-dev" ;;
-  package-check) packages="$packages dpkg-dev lintian debootstrap" ;;
-  check)
-    packages="$packages libbenchmark-dev libgtest-dev libgmock-dev clang libclang-rt-14-dev clang-format clang-tidy"
+  package) packages="$packages $tools dpkg-dev" ;;
+  package-check) packages="$packages $tools dpkg-dev lintian debootstrap" ;;
+  check) packages="$packages $tests libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
+  *)
+    echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | check]" >&2
+    exit 2
     ;;
-  *) echo "usage: $0 [build | test | fuzz | coverage | bench | package | package-check | check]" >&2; exit 2 ;;
 esac
+
+# A library is there when this header is.
+header_of() {
+  case "$1" in
+    libbenchmark-dev) echo benchmark/benchmark.h ;;
+    libcli11-dev) echo CLI/CLI.hpp ;;
+    libgmock-dev) echo gmock/gmock.h ;;
+    libgtest-dev) echo gtest/gtest.h ;;
+    libicu-dev) echo unicode/translit.h ;;
+    liblzma-dev) echo lzma.h ;;
+    libpugixml-dev) echo pugixml.hpp ;;
+    libxml2-dev) echo libxml2/libxml/xmlreader.h ;;
+    zlib1g-dev) echo zlib.h ;;
+  esac
+}
+
+has_header() {
+  for header in "/usr/include/$1" /usr/include/*/"$1"; do
+    [ ! -e "$header" ] || return 0
+  done
+  return 1
+}
 
 command_of() {
   case "$1" in
     ninja-build) echo ninja ;;
     dpkg-dev) echo dpkg-shlibdeps ;;
+    xz-utils) echo xz ;;
     *) echo "$1" ;;
   esac
 }
@@ -38,13 +66,10 @@ command_of() {
 missing=""
 for package in $packages; do
   case "$package" in
-    libgtest-dev) [ -e /usr/include/gtest/gtest.h ] || missing="$missing $package" ;;
-    libbenchmark-dev)
-      [ -e /usr/include/benchmark/benchmark.h ] || missing="$missing $package" ;;
-    libgmock-dev) [ -e /usr/include/gmock/gmock.h ] || missing="$missing $package" ;;
     libclang-rt-14-dev)
       ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \
         >/dev/null 2>&1 || dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package" ;;
+    *-dev) has_header "$(header_of "$package")" || missing="$missing $package" ;;
     *) command -v "$(command_of "$package")" >/dev/null 2>&1 || missing="$missing $package" ;;
   esac
 done

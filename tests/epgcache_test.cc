@@ -1,0 +1,480 @@
+// The companion program: guides of all kinds go through it and the loaded plug-in.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+#include <vector>
+
+#include "app/guide.h"
+#include "app/session.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using epg_test::TempFile;
+using testing::HasSubstr;
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+// Runs a command line of the shell in which $E is the program.
+Outcome RunCommand(const std::string& command) {
+  const TempFile out("", "out");
+  const TempFile err("", "err");
+  const int status = std::system(("export TZ=UTC E=" EPG_CACHE "; cd " EPG_SOURCE_DIR "; (" +
+                                  command + ") >" + out.Path() + " 2>" + err.Path())
+                                     .c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out.Path()), ReadFile(err.Path())};
+}
+
+// What the plug-in, loaded as a module, answers of a listings file.
+class Loaded {
+ public:
+  explicit Loaded(const TempFile& listings) {
+    std::string error;
+    session_ = shell::Session::Open(EPG_MODULE, error);
+    EXPECT_NE(session_, nullptr) << error;
+    guide_ = std::make_unique<shell::Guide>(*session_);
+    EXPECT_TRUE(guide_->Load(listings.Stem())) << ReadFile(listings.Path());
+  }
+  shell::Guide& operator*() { return *guide_; }
+  shell::Guide* operator->() { return guide_.get(); }
+
+ private:
+  std::unique_ptr<shell::Session> session_;
+  std::unique_ptr<shell::Guide> guide_;
+};
+
+std::string TextOf(const pugi::xml_node& node) {
+  std::string text;
+  for (const auto child : node.children()) {
+    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+      text += child.value();
+  }
+  return text;
+}
+
+// The texts of a programme's elements of that name, each once, empty ones left out.
+std::string Joined(const pugi::xml_node& parent, const char* name) {
+  std::vector<std::string> texts;
+  for (const auto element : parent.children(name)) {
+    const std::string text = TextOf(element);
+    if (!text.empty() && std::find(texts.begin(), texts.end(), text) == texts.end())
+      texts.push_back(text);
+  }
+  std::string joined;
+  for (const auto& text : texts) joined += (joined.empty() ? "" : ", ") + text;
+  return joined;
+}
+
+std::string FirstOf(const pugi::xml_node& parent, const char* name) {
+  for (const auto element : parent.children(name)) {
+    if (const std::string text = TextOf(element); !text.empty()) return text;
+  }
+  return "";
+}
+
+// Field by field what a template gives, from what a general parser sees.
+std::map<std::string, std::string> ExpectedFields(const pugi::xml_node& programme) {
+  const auto credits = programme.child("credits");
+  const auto has = [&](const char* name) { return programme.child(name) ? "Y" : ""; };
+  std::string bbfc;
+  std::string other;
+  for (const auto rating : programme.children("rating")) {
+    const std::string system = rating.attribute("system").value();
+    const std::string value = TextOf(rating.child("value"));
+    if (system == "BBFC") {
+      bbfc = value;
+    } else {
+      other +=
+          (other.empty() ? "" : ", ") + (system.empty() ? value : system + " rating: " + value);
+    }
+  }
+  return {{"$Title", FirstOf(programme, "title")},
+          {"$EpisodeTitle", FirstOf(programme, "sub-title")},
+          {"$Description", FirstOf(programme, "desc")},
+          {"$Genre", Joined(programme, "category")},
+          {"$Director", Joined(credits, "director")},
+          {"$Actors", Joined(credits, "actor")},
+          {"$PublishDate", FirstOf(programme, "date")},
+          {"$Language", FirstOf(programme, "language")},
+          {"$RatingBBFC", bbfc},
+          {"$RatingOther", other},
+          {"$StarRating", FirstOf(programme.child("star-rating"), "value")},
+          {"$BlackAndWhite", TextOf(programme.child("video").child("colour")) == "no" ? "Y" : ""},
+          {"$Stereo", has("audio")},
+          {"$Subtitle", has("subtitles")},
+          {"$Repeat", has("previously-shown")},
+          {"$New", has("new")},
+          {"$Premiere", programme.child("premiere") ? "Premiere" : ""}};
+}
+
+// That the listings hold what a general parser sees in the guide.
+void ExpectAllOf(const pugi::xml_node& tv, const TempFile& listings) {
+  Loaded guide(listings);
+  const std::vector<std::string> stations = {"o'hara.example", "ærø.example", "never.declared"};
+  ASSERT_EQ(guide->StationCount(), 3);
+  EXPECT_EQ(guide->StationName(0), "The Harbour & Sea Network");
+  EXPECT_EQ(guide->StationId(0), "The-Harbour-&-Sea-Network-HSN-<1>");
+  EXPECT_EQ(guide->StationName(1), "Ærø TV – “Ø”");
+  std::map<std::string, std::int32_t> next;  // of a station
+  for (const auto programme : tv.children("programme")) {
+    const std::string channel = programme.attribute("channel").value();
+    SCOPED_TRACE(channel + " at " + programme.attribute("from").value());
+    const auto station = static_cast<std::int32_t>(
+        std::find(stations.begin(), stations.end(), channel) - stations.begin());
+    const std::int32_t index = next[channel]++;
+    EXPECT_EQ(guide->ProgramStart(station, index),
+              epg_test::At(programme.attribute("from").value()));
+    EXPECT_EQ(guide->ProgramEnd(station, index), epg_test::At(programme.attribute("to").value()));
+    for (const auto& [field, expected] : ExpectedFields(programme))
+      EXPECT_EQ(guide->ProgramData(station, index, field), expected) << field;
+  }
+  EXPECT_EQ(guide->ProgramData(0, 0, "$Flags"), "New, 16:9, Stereo, CC, HD, Repeat");
+  for (std::int32_t station = 0; station < 3; ++station)
+    EXPECT_EQ(guide->ProgramCount(station), next[stations[static_cast<std::size_t>(station)]]);
+}
+
+TEST(Epgcache, TextsAndTimesArriveAsAGeneralParserSeesThem) {
+  pugi::xml_document document;
+  ASSERT_TRUE(document.load_file(EPG_SOURCE_DIR "/tests/data/habits.xml",
+                                 pugi::parse_default | pugi::parse_ws_pcdata));
+  for (const char* const command :
+       {"$E $G -o $O", "gzip <$G | $E - -o $O",
+        "(head -c 999 $G | gzip; tail -c +1000 $G | gzip) | $E - -o $O",
+        "xz <$G >$O.xz && $E $O.xz -o $O",
+        "sed 1s/UTF-8/UTF-16/ $G | iconv -f UTF-8 -t UTF-16 | $E - -o $O"}) {
+    SCOPED_TRACE(command);
+    const TempFile listings("");
+    const Outcome made =
+        RunCommand("G=tests/data/habits.xml; O=" + listings.Path() + "; " + command);
+    ASSERT_EQ(made.status, 0) << made.err;
+    ExpectAllOf(document.child("tv"), listings);
+  }
+}
+
+// A programme on 23 November 2026.
+std::string On(const std::string& channel, const std::string& start, const std::string& stop,
+               const std::string& elements) {
+  return "<programme channel='" + channel + "' start='20261123" + start +
+         (stop.empty() ? "" : "' stop='20261123" + stop) + "'>" + elements + "</programme>\n";
+}
+
+std::string Titled(const std::string& title) { return "<title>" + title + "</title>"; }
+
+// "Name: 20:00-21:00 texts | ...", a line for each station.
+std::string Shown(const TempFile& listings) {
+  Loaded guide(listings);
+  std::string text;
+  for (std::int32_t station = 0; station < guide->StationCount(); ++station) {
+    text += guide->StationName(station) + ":";
+    for (std::int32_t index = 0; index < guide->ProgramCount(station); ++index) {
+      text += (index == 0 ? " " : " | ") + guide->TimeText(guide->ProgramStart(station, index), 1) +
+              "-" + guide->TimeText(guide->ProgramEnd(station, index), 1) + " " +
+              guide->ProgramData(station, index,
+                                 "[$Title][ / $EpisodeTitle][ / $Genre][ / $Actors][ / $Premiere]");
+    }
+    text += "\n";
+  }
+  return text;
+}
+
+struct Making {
+  std::vector<std::string> guides;  // what stands in <tv>
+  std::string options;
+  std::string shown;
+  std::string said;  // on standard error
+};
+
+TEST(Epgcache, PutsGuidesInOrder) {
+  const std::string two =
+      "<channel id='a'><display-name lang='en'>One</display-name>"
+      "<display-name lang='fr'>Un</display-name></channel>"
+      "<channel id='b'><display-name>Two HD</display-name></channel>";
+  const std::string gaps = On("a", "2000", "", Titled("x")) + On("a", "2200", "", Titled("z")) +
+                           On("a", "2030", "2025", Titled("y")) +
+                           On("a", "2300", "2370", Titled("w"));
+  const std::string over =
+      On("a", "2000", "2130", Titled("x")) + On("a", "2100", "2200", Titled("y"));
+  const std::string evening = over + On("b", "2100", "2200", Titled("z"));
+  const std::string many =
+      "<title lang='de'>T</title><title lang='en_GB'>E</title><title>N</title>"
+      "<sub-title lang='fr'>F</sub-title><sub-title>S</sub-title>"
+      "<category lang='en'>c1</category><category lang='de'>c2</category><category "
+      "lang='en'>c3</category>"
+      "<credits><actor>A</actor><presenter>P</presenter><guest>G</guest></credits>";
+  const auto episode = [](const std::string& number) {
+    return On("a", "2000", "2100", "<title>T</title>" + number);
+  };
+  const Making rows[] = {
+      // Ends: the next start, two hours at most, whatever else is there.
+      {{gaps},
+       "--default-length 45",
+       "a: 20:00-20:30 x | 20:30-21:15 y | 22:00-22:45 z | 23:00-23:45 w\n",
+       "1 missing end set to where"},
+      {{gaps},
+       "",
+       "a: 20:00-20:30 x | 20:30-22:00 y | 22:00-23:00 z | 23:00-03:00 w\n",
+       "1 stop that is no time"},
+      {{over}, "", "a: 20:00-21:30 x | 21:00-22:00 y\n", "1 programme that overlaps"},
+      {{over}, "--overlaps cut", "a: 20:00-21:00 x | 21:00-22:00 y\n", "1 overlap cut"},
+      // Of two with a start the richer stays.
+      {{On("a", "2000", "2100", Titled("x")) +
+        On("a", "200059", "2100", Titled("y") + "<premiere> first\nnight </premiere>") +
+        On("a", "2000", "2100", Titled("longer, poorer"))},
+       "",
+       "a: 20:00-21:00 y /  first\nnight \n",
+       "2 programmes with the start of a richer one"},
+      // The first input wins where it has something on; between and around it the second one fills.
+      {{two + over,
+        On("a", "1900", "2010", Titled("early")) + On("a", "2115", "2300", Titled("no")) +
+            On("a", "2200", "", Titled("late")) + On("a", "2000", "2001", Titled("no"))},
+       "",
+       "One: 19:00-20:10 early | 20:00-21:30 x | 21:00-22:00 y | 22:00-02:00 late\nTwo HD:\n",
+       "2 programmes where an earlier input has something on"},
+      // Names that come behind the programmes count, too.
+      {{evening + two},
+       "--stations 'two hd,never,A'",
+       "Two HD: 21:00-22:00 z\nOne: 20:00-21:30 x | 21:00-22:00 y\n",
+       "no station has the id or name \"never\""},
+      {{evening + two},
+       "--stations un",
+       "One: 20:00-21:30 x | 21:00-22:00 y\n",
+       "1 programme of other stations"},
+      {{evening},
+       "--from '2026-11-23 21:30'",
+       "a: 21:00-22:00 y\nb: 21:00-22:00 z\n",
+       "1 programme outside"},
+      {{evening + "<programme channel='a' start='20261124'><title>next</title></programme>"},
+       "--from 202611231930 --days 1",
+       "a: 20:00-21:30 x | 21:00-22:00 y | 00:00-04:00 next\nb: 21:00-22:00 z\n",
+       ""},
+      {{evening},
+       "--zone Europe/Rome --days 1 --from '2026-11-22 21:00'",
+       "a: 19:00-20:30 x\n",
+       "2 programmes outside"},
+      {{"<programme channel='a' start='20260723200000 XYZ' stop='20260723210000 "
+        "+0000'><title>x</title></programme>"},
+       "--zone Europe/Rome",
+       "a: 18:00-21:00 x\n",
+       "zone that nobody knows"},
+      {{On("a", "2000", "2100", many)}, "", "a: 20:00-21:00 T / F / c1, c2, c3 / A\n", ""},
+      {{On("a", "2000", "2100", many) + two},
+       "--lang fr,en --presenters --guests",
+       "Un: 20:00-21:00 E / F / c1, c3 / A, P, G\nTwo HD:\n",
+       ""},
+      {{On("a", "2000", "2100", many)},
+       "--lang it --guests",
+       "a: 20:00-21:00 N / S / c1, c2, c3 / A, G\n",
+       ""},
+      {{episode("<sub-title>S</sub-title><episode-num>Ep. 5</episode-num>"
+                "<episode-num system='xmltv_ns'> 1 . 4/12 . 0/2 </episode-num>")},
+       "--episodes",
+       "a: 20:00-21:00 T / S (S2 E5/12, part 1 of 2)\n",
+       ""},
+      {{episode("<episode-num system='xmltv_ns'>.9.0/1</episode-num>")},
+       "--episodes",
+       "a: 20:00-21:00 T / E10\n",
+       ""},
+      {{episode("<episode-num system='xmltv_ns'>x..</episode-num><episode-num "
+                "system='onscreen'>#5</episode-num>")},
+       "--episodes",
+       "a: 20:00-21:00 T / #5\n",
+       ""},
+      {{episode("<episode-num>#5</episode-num>")}, "", "a: 20:00-21:00 T\n", ""},
+      {{On("a", "2000", "2100", Titled("Łódź – “naïve” Привет ＜ e\u0301 🎬"))},
+       "--encoding windows-1252",
+       "a: 20:00-21:00 L\xf3"
+       "dz \x96 \x93na\xef"
+       "ve\x94 Privet < \xe9 ?\n",
+       "10 characters transliterated"},
+      {{On("", "2000", "", "") + On("a", "2570", "", "") + On("a", "2000", "2100", Titled("x")) +
+        "<programme channel='a'/><programme channel='a' start='15991231'/>"},
+       "",
+       "a: 20:00-21:00 x\n",
+       "3 programmes without a readable start"},
+  };
+  for (const Making& row : rows) {
+    SCOPED_TRACE(row.options + " for " + row.guides.front());
+    std::vector<std::unique_ptr<TempFile>> inputs;
+    std::string command = "$E " + row.options;
+    for (const std::string& guide : row.guides) {
+      inputs.push_back(std::make_unique<TempFile>("<tv>" + guide + "</tv>"));
+      command += " " + inputs.back()->Path();
+    }
+    const TempFile listings("");
+    const Outcome made = RunCommand(command + " -o " + listings.Path());
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(Shown(listings), row.shown);
+    EXPECT_THAT(made.err, HasSubstr(row.said));
+  }
+}
+
+TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
+  const std::string good = "<tv>" + On("a", "2000", "2100", Titled("x")) + "</tv>";
+  const TempFile guide(good);
+  const struct {
+    std::string command;  // makes what it likes in $D, of the good guide $G; $O is the listings
+    std::string said;
+  } rows[] = {
+      {"$E $D/none -o $O", "none: cannot be opened: No such file"},
+      {"$E $D -o $O", "cannot be read: Is a directory"},
+      {"echo '<!doctype html><html><head><meta><title>404' | $E - -o $O",
+       "standard input: is an HTML page"},
+      {"echo '<html><body/></html>' | $E - -o $O", "standard input: is an HTML page"},
+      {"echo '<rss/>' | $E - -o $O", "its root element is <rss>"},
+      {"echo 404 Not Found | $E - -o $O", "standard input:1:1: is not an XMLTV guide: "},
+      {": | $E - -o $O", "standard input: is empty"},
+      {"echo '<tv></tv>' | $E - -o $O", "not written: there is no programme"},
+      {"$E $G --stations none -o $O", "1 is of other stations"},
+      {"$E $G --from 2027 -o $O", "1 is outside --from and --days"},
+      {"gzip <$G | head -c 60 | $E - -o $O", "ends in the middle of its compressed data"},
+      {"xz <$G | head -c 80 | $E - -o $O", "ends in the middle of its compressed data"},
+      {"(gzip <$G | head -c 40; gzip <$G | tail -c +42) | $E - -o $O",
+       "its compressed data is damaged"},
+      {"(echo '<tv>'; head -c 9000000 /dev/zero | tr '\\0' '\\n') | gzip | $E - --max-size 8M -o "
+       "$O",
+       "is larger than 8388608 bytes unpacked"},
+      {"(echo '<!DOCTYPE tv [<!ENTITY a0 \"ha\">'; for i in 1 2 3 4 5 6 7 8 9; do j=$((i-1)); "
+       "echo \"<!ENTITY a$i '&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;'>\"; done; "
+       "sed 's/x</\\&a9;</; s/^/]>/' $G) | $E - -o $O",
+       "entity reference loop"},
+      {"echo secret >$D/s; sed \"s|^|<!DOCTYPE tv [<!ENTITY s SYSTEM '$D/s'>]>|; s/x</\\&s;</\" $G "
+       "| $E - -o $O",
+       "an entity refers to"},
+      {"echo secret >$D/s; sed \"s|^|<!DOCTYPE tv [<!ENTITY % s SYSTEM '$D/s'>%s;]>|\" $G | $E - "
+       "-o $O",
+       "an entity refers to"},
+      {"(cat $G; echo; echo '<programme>') | $E - -o $O", "standard input:3:1: Extra content"},
+      {"sed 's|</title|</titel|' $G >$D/g; $E $D/g -o $O", "/g:1:"},
+      {"$E $G -o $D/none/listings.xml", "cannot be written: No such file"},
+      {"$E $G -o $D", "cannot be written: Is a directory"},
+      {"$E $G -o /dev/full", "cannot be written: not a regular file"},
+      {"(ulimit -f 0; $E $G -o $O 2>&1) | cat >&2; false", "cannot be written: File too large"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    const TempFile listings("old");
+    const std::string folder = std::filesystem::path(listings.Path()).parent_path();
+    const Outcome outcome = RunCommand("D=" + folder + "; O=" + listings.Path() +
+                                       "; G=" + guide.Path() + "; " + row.command);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr(row.said));
+    EXPECT_EQ(ReadFile(listings.Path()), "old");
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+      EXPECT_NE(entry.path().filename().string().front(), '.') << "left behind";
+    for (const char* const name : {"/s", "/g"}) std::filesystem::remove(folder + name);
+  }
+  EXPECT_EQ(RunCommand("$E $G").status, 2);
+}
+
+TEST(Epgcache, KeepsWhatStandsBeforeAFault) {
+  const std::string good = "<tv>" + On("a", "2000", "2100", Titled("x"));
+  const TempFile cut(good + "<programme channel='a' start='20261123210000'><title>y</titl");
+  const TempFile html("<html>");
+  const TempFile listings("old");
+  const Outcome made =
+      RunCommand("$E --keep-going " + cut.Path() + " " + html.Path() + " -o " + listings.Path());
+  EXPECT_EQ(made.status, 0);
+  EXPECT_THAT(made.err, HasSubstr("listings.xml:2:"));
+  EXPECT_THAT(made.err, HasSubstr("is an HTML page"));
+  EXPECT_EQ(Shown(listings), "a: 20:00-21:00 x\n");
+}
+
+TEST(Epgcache, ChecksAsThePluginReads) {
+  const std::string tv = "<tv generator-info-name=\"XMLTV\">\n";
+  const std::string one = "<channel id=\"a\"><display-name>One</display-name></channel>\n";
+  const std::string on =
+      "<programme start=\"20261123200000 +0000\" stop=\"20261123210000 +0000\" "
+      "channel=\"a\"><title>x</title></programme>\n";
+  const auto with = [&](const std::string& elements) { return tv + one + elements + on + "</tv>"; };
+  const struct {
+    std::string guide;
+    std::string said;
+    std::string then = "";
+  } rows[] = {
+      {with(""),
+       ": the plug-in takes it: Stations: 1   Programmes: 1   Schedule Items: 1\nNothing is "
+       "lost.\n"},
+      {"<tv>\n" + one + on + "</tv>",
+       ":1:1: the plug-in does not take it: <tv> has no generator-info-name"},
+      {"<?xml version=\"1.0\"?>\n<tv generator-info-name=\"G&amp;B\">" + one + on + "</tv>",
+       ":2:1: the plug-in does not take it: generator-info-name of <tv> is \"G&amp;B\""},
+      {"<tv source-info-name=\"Joe's\" generator-info-name=\"XMLTV\">" + one + on + "</tv>",
+       ":1:1: the plug-in does not take it: an apostrophe or quotation mark inside an attribute of "
+       "<tv> hides"},
+      {"<tv\n generator-info-name=\"XMLTV\">" + one + on + "</tv>",
+       ":1:1: the plug-in does not take it: a line break"},
+      {tv + "<!-- c -->" + one + on + "</tv>", ": the plug-in takes it"},
+      {with("<programme channel=\"a\"><!-- c --><title>y</title></programme>\n"),
+       ":3:24: the plug-in does not take it: a comment in the text of <programme>, or before its "
+       "first"},
+      {with("<x><desc>y<![CDATA[z]]></desc></x>\n"),
+       ":3:11: the plug-in does not take it: a CDATA section in <desc>"},
+      {with("<x><icon src=\"it's\"/><y/></x>\n"),
+       ":3:4: the plug-in does not take it: an apostrophe or quotation mark inside an attribute of "
+       "<icon>"},
+      {with("<x\n a=\"1\"><y/></x>\n"),
+       ":3:1: the plug-in does not take it: a line break or tab behind the name of <x>"},
+      {tv + one + on, ": the plug-in does not take it: the file ends inside <tv>",
+       "1  place where it is not well-formed"},
+      {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says",
+       "1  programmes left out, as no channel"},
+      {"<tv>" + one + "<x><y>&#8217;<!-- --></y></x></tv>",
+       ":2:14: nor would it then: a comment in the text of <y>", "1  numeric character references"},
+      {"<!-- <a><b/></a> --><tv/>", "an element inside a comment is taken for the first"},
+      {with("<programme start=\"20261123 +01:00\"  "
+            "channel=\"a\"><title>&#65;</title><title>&#66;&nbsp;</title>"
+            "<date/><icon/></programme>"),
+       ": the plug-in takes it",
+       "        2  numeric character references, which vanish\n"
+       "        1  references by other names than the five of XML, which vanish\n"
+       "        1  tags whose attributes are misread: line breaks, tabs or blanks too many\n"
+       "        1  programmes without a readable stop, which have no end\n"
+       "        1  programmes whose time zone is not understood, taken as UTC\n"
+       "        1  texts overwritten by a later one of their kind\n"
+       "        1  place where it is not well-formed"},
+      {with("<programme start=\"20261123 +01:00\" "
+            "channel=\"a\"><title>1</title><title>2</title><icon/></programme>"),
+       ": the plug-in takes it",
+       "        1  programmes without a readable stop, which have no end\n"
+       "        1  programmes whose time zone is not understood, taken as UTC\n"
+       "        1  texts overwritten by a later one of their kind\n"
+       "        1  elements not read: icon\n"},
+      {"<Programmes><x/></Programmes>", ":1:1: the plug-in does not take it: its message is"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.guide);
+    const TempFile guide(row.guide);
+    const Outcome outcome = RunCommand("$E --check " + guide.Path());
+    EXPECT_EQ(outcome.status, row.said.find("takes it") == std::string::npos ? 1 : 0);
+    EXPECT_THAT(outcome.out, HasSubstr(row.said));
+    EXPECT_THAT(outcome.out, HasSubstr(row.then));
+  }
+  for (const char* const sample : {"cache", "radiotimes", "titantv", "xmltv"}) {
+    EXPECT_EQ(RunCommand(std::string("$E --check samples/evening-") + sample + ".xml").status, 0);
+  }
+  const Outcome packed =
+      RunCommand("T=$(mktemp); gzip <samples/week.xml >$T; $E --check $T; S=$?; rm $T; exit $S");
+  EXPECT_EQ(packed.status, 1);
+}
+
+}  // namespace

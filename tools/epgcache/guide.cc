@@ -1,0 +1,239 @@
+#include "tools/epgcache/guide.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+namespace epgcache {
+
+namespace {
+
+constexpr std::int32_t kLatest = std::numeric_limits<std::int32_t>::max();
+
+// A stop that lies before its start, but not by more than a day, has lost its date at midnight. So
+// much later it may be at most; beyond that it says nothing.
+constexpr std::int32_t kLongestNight = 12 * 60;
+
+// In place of a text's number: nobody has read it.
+constexpr std::uint32_t kNoText = std::numeric_limits<std::uint32_t>::max();
+
+bool SameLetters(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+    return std::tolower(x) == std::tolower(y);
+  });
+}
+
+bool IsCalled(const Guide::Station& station, std::string_view name) {
+  return SameLetters(station.id, name) ||
+         std::any_of(station.names.begin(), station.names.end(),
+                     [name](const std::string& own) { return SameLetters(own, name); });
+}
+
+// Fields first, then bytes.
+std::uint32_t RichnessOf(const Programme& programme, std::size_t bytes) {
+  const auto is_set = [](const std::string& text) { return !text.empty(); };
+  const auto fields = std::count_if(programme.prog.begin(), programme.prog.end(), is_set) +
+                      std::count_if(programme.item.begin(), programme.item.end(), is_set);
+  constexpr std::uint32_t kMostBytes = (std::uint32_t{1} << 26) - 1;
+  return static_cast<std::uint32_t>(fields) << 26 |
+         static_cast<std::uint32_t>(std::min<std::size_t>(bytes, kMostBytes));
+}
+
+}  // namespace
+
+Guide::Guide(const GuideOptions& options, TargetText& text) : options_(options), text_(text) {}
+
+std::size_t Guide::StationOf(const std::string& id) {
+  const auto [entry, is_new] = station_numbers_.try_emplace(id, stations_.size());
+  if (is_new) {
+    stations_.emplace_back().id = id;
+    stations_.back().place = PlaceOf(stations_.back());
+  }
+  return entry->second;
+}
+
+int Guide::PlaceOf(const Station& station) const {
+  if (options_.stations.empty()) return 0;
+  const auto found =
+      std::find_if(options_.stations.begin(), options_.stations.end(),
+                   [&station](const std::string& name) { return IsCalled(station, name); });
+  if (found != options_.stations.end()) return static_cast<int>(found - options_.stations.begin());
+  // Its names may still come.
+  return station.declared ? kUnwanted : kUndecided;
+}
+
+void Guide::Take(const Channel& channel) {
+  Station& station = stations_[StationOf(channel.id)];
+  if (station.declared) return;
+  station.declared = true;
+  station.names = channel.names;
+  station.place = PlaceOf(station);
+}
+
+// Sets the item's times; false when there is no start.
+bool Guide::ReadTimes(const Programme& programme) {
+  const auto start = ParseXmltvTime(programme.start, options_.zone);
+  if (!start) return false;
+  const auto stop = ParseXmltvTime(programme.stop, options_.zone);
+  item_.start = start->minutes;
+  item_.end = stop ? stop->minutes : kNoEnd;
+  if (!stop && !programme.stop.empty()) ++tally_.unreadable_stop;
+  if (start->zone_unknown || (stop && stop->zone_unknown)) ++tally_.unknown_zone;
+  if (stop && item_.end <= item_.start) {
+    ++tally_.stop_before_start;
+    const std::int64_t next_day = std::int64_t{item_.end} + 1440;
+    const bool fits = next_day > item_.start && next_day - item_.start <= kLongestNight;
+    item_.end = fits && next_day <= kLatest ? static_cast<std::int32_t>(next_day) : kNoEnd;
+  }
+  return true;
+}
+
+bool Guide::Begin(const Programme& programme) {
+  if (programme.channel.empty()) {
+    ++tally_.without_channel;
+    return false;
+  }
+  station_ = StationOf(programme.channel);
+  if (stations_[station_].place == kUnwanted) {
+    ++tally_.other_stations;
+    return false;
+  }
+  if (!ReadTimes(programme)) {
+    ++tally_.without_start;
+    return false;
+  }
+  item_.input = input_;
+  item_.programme = kNoText;
+  item_.richness = 0;
+  const bool outside =
+      item_.start >= options_.to || (item_.end != kNoEnd && item_.end <= options_.from);
+  // It still ends the one before it.
+  if (outside) stations_[station_].items.push_back(item_);
+  return !outside;
+}
+
+template <std::size_t kCount>
+std::uint32_t Guide::File(const std::array<std::string, kCount>& fields, char mark, Fields& where) {
+  fields_.clear();
+  Lacking lacking;
+  for (std::size_t number = 0; number < kCount; ++number) {
+    if (fields[number].empty()) continue;
+    char name[4] = {mark};
+    const std::string_view tag(
+        name, static_cast<std::size_t>(std::to_chars(name + 1, std::end(name), number).ptr - name));
+    fields_.append("<").append(tag).append(">");
+    text_.Append(fields_, fields[number], lacking);
+    fields_.append("</").append(tag).append(">");
+  }
+  const std::uint32_t number = where.texts.Add(fields_);
+  if (lacking.transliterated != 0) where.lacking[number] = lacking;
+  return number;
+}
+
+void Guide::Take(const Programme& programme) {
+  item_.programme = File(programme.prog, 'p', programmes_);
+  const std::size_t bytes = fields_.size();
+  item_.details = File(programme.item, 'i', details_);
+  item_.richness = RichnessOf(programme, bytes + fields_.size());
+  stations_[station_].items.push_back(item_);
+}
+
+Lacking Guide::LackingOfProgramme(std::uint32_t number) const {
+  const auto found = programmes_.lacking.find(number);
+  return found == programmes_.lacking.end() ? Lacking() : found->second;
+}
+
+Lacking Guide::LackingOfDetails(std::uint32_t number) const {
+  const auto found = details_.lacking.find(number);
+  return found == details_.lacking.end() ? Lacking() : found->second;
+}
+
+void Guide::Finish() {
+  ChooseStations();
+  for (Station& station : stations_) {
+    Merge(station);
+    SetEnds(station);
+    CutToTime(station);
+  }
+  // Programmes alone have made it, and none is left.
+  std::erase_if(stations_,
+                [](const Station& station) { return !station.declared && station.items.empty(); });
+  tally_.undeclared_stations = static_cast<std::uint64_t>(
+      std::count_if(stations_.begin(), stations_.end(),
+                    [](const Station& station) { return !station.declared; }));
+}
+
+void Guide::ChooseStations() {
+  for (const std::string& name : options_.stations) {
+    if (std::none_of(stations_.begin(), stations_.end(),
+                     [&name](const Station& station) { return IsCalled(station, name); }))
+      missing_.push_back(name);
+  }
+  std::erase_if(stations_, [this](const Station& station) {
+    if (station.place >= 0) return false;
+    tally_.other_stations += station.items.size();
+    return true;
+  });
+  std::stable_sort(stations_.begin(), stations_.end(),
+                   [](const Station& a, const Station& b) { return a.place < b.place; });
+}
+
+// Leaves one programme a start: an earlier input's, or the richest of an input. And none of a later
+// input where an earlier one has something on.
+void Guide::Merge(Station& station) {
+  std::stable_sort(station.items.begin(), station.items.end(), [](const Item& a, const Item& b) {
+    if (a.start != b.start) return a.start < b.start;
+    if (a.input != b.input) return a.input < b.input;
+    return a.richness > b.richness;
+  });
+  // Up to when the programmes of an input, and all before it, are on.
+  std::vector<std::int64_t> reach(std::size_t{input_} + 1, kNoEnd);
+  std::int64_t kept_start = kNoEnd;
+  std::erase_if(station.items, [&](const Item& item) {
+    if (item.input > 0 && reach[item.input - 1] > item.start) {
+      ++tally_.in_earlier_input;
+      return true;
+    }
+    if (kept_start == item.start) {
+      ++tally_.same_start;
+      return true;
+    }
+    kept_start = item.start;
+    const std::int64_t end = std::max<std::int64_t>(item.end, std::int64_t{item.start} + 1);
+    for (std::size_t input = item.input; input < reach.size() && reach[input] < end; ++input)
+      reach[input] = end;
+    return false;
+  });
+}
+
+bool Guide::IsInTime(const Item& item) const {
+  return item.start < options_.to && item.end > options_.from;
+}
+
+void Guide::SetEnds(Station& station) {
+  for (auto item = station.items.begin(); item != station.items.end(); ++item) {
+    const auto next = std::next(item);
+    const std::int64_t next_start =
+        next != station.items.end() ? next->start : std::numeric_limits<std::int64_t>::max();
+    std::uint64_t* mended = nullptr;
+    if (item->end == kNoEnd) {
+      const std::int64_t longest = std::int64_t{item->start} + options_.default_length;
+      mended = next_start <= longest ? &tally_.ended_by_next : &tally_.ended_by_length;
+      item->end = static_cast<std::int32_t>(std::min<std::int64_t>({next_start, longest, kLatest}));
+    } else if (item->end > next_start) {
+      mended = &tally_.overlaps;
+      if (options_.cut_overlaps) item->end = static_cast<std::int32_t>(next_start);
+    }
+    if (mended != nullptr && IsInTime(*item)) ++*mended;
+  }
+}
+
+void Guide::CutToTime(Station& station) {
+  tally_.outside_time +=
+      std::erase_if(station.items, [this](const Item& item) { return !IsInTime(item); });
+}
+
+}  // namespace epgcache

@@ -1,0 +1,137 @@
+// The guide in the making: what all inputs say, put in order, mended and cut.
+//
+// Units: times are whole minutes since 1601-01-01 00:00 UTC.
+// Threads: one at a time.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tools/epgcache/programme.h"
+#include "tools/epgcache/target_text.h"
+#include "tools/epgcache/text_store.h"
+#include "tools/epgcache/xmltv_time.h"
+
+namespace epgcache {
+
+struct GuideOptions {
+  Zone zone;                        // of times that name none
+  std::int32_t default_length = 0;  // minutes, of a programme that nothing ends
+  bool cut_overlaps = false;
+  // What is kept: programmes that are on at some time in here.
+  std::int32_t from = 0;
+  std::int32_t to = std::numeric_limits<std::int32_t>::max();
+  // And on these stations, by id or name; in this order. Empty: all, in the order of the guides.
+  std::vector<std::string> stations;
+};
+
+// What has been done to the guides, in numbers of programmes, or of stations where that is said.
+struct GuideTally {
+  std::uint64_t undeclared_stations = 0;
+  std::uint64_t ended_by_next = 0;
+  std::uint64_t ended_by_length = 0;
+  std::uint64_t unreadable_stop = 0;  // then as without a stop
+  std::uint64_t stop_before_start = 0;
+  std::uint64_t unknown_zone = 0;
+  std::uint64_t overlaps = 0;  // cut or kept
+
+  std::uint64_t without_channel = 0;
+  std::uint64_t without_start = 0;
+  std::uint64_t same_start = 0;
+  std::uint64_t in_earlier_input = 0;
+  std::uint64_t outside_time = 0;
+  std::uint64_t other_stations = 0;
+};
+
+class Guide final : public GuideConsumer {
+ public:
+  // One broadcast.
+  struct Item {
+    std::int32_t start;
+    std::int32_t end;         // kNoEnd until the guide is finished, when nothing says
+    std::uint32_t programme;  // its text's number
+    std::uint32_t details;    // that of the item's own fields
+    std::uint32_t richness;
+    std::uint32_t input;
+  };
+  static constexpr std::int32_t kNoEnd = -1;
+
+  struct Station {
+    std::string id;
+    std::vector<std::string> names;
+    bool declared = false;
+    int place = kUndecided;  // in the list of stations that are wanted
+    std::vector<Item> items;
+  };
+  static constexpr int kUndecided = -1;
+  static constexpr int kUnwanted = -2;
+
+  // Both outlive the guide.
+  Guide(const GuideOptions& options, TargetText& text);
+
+  // What comes from now on stands in another input.
+  void NextInput() { ++input_; }
+
+  void Take(const Channel& channel) override;
+  bool Begin(const Programme& programme) override;
+  void Take(const Programme& programme) override;
+
+  // Puts every station's items in order. Nothing is taken afterwards.
+  void Finish();
+
+  // Those that are wanted, each with its items by start.
+  const std::vector<Station>& Stations() const { return stations_; }
+  // The fields of a programme, or an item, as they stand in the file.
+  std::string_view ProgrammeText(std::uint32_t number) const { return programmes_.texts[number]; }
+  std::string_view DetailsText(std::uint32_t number) const { return details_.texts[number]; }
+  std::size_t ProgrammeTexts() const { return programmes_.texts.size(); }
+  // What the encoding lacks of them.
+  Lacking LackingOfProgramme(std::uint32_t number) const;
+  Lacking LackingOfDetails(std::uint32_t number) const;
+
+  const GuideTally& Tally() const { return tally_; }
+  // The stations that were asked for and are nowhere.
+  const std::vector<std::string>& MissingStations() const { return missing_; }
+
+ private:
+  // A text store, and what is lacking in some of its texts.
+  struct Fields {
+    TextStore texts;
+    std::unordered_map<std::uint32_t, Lacking> lacking;
+  };
+
+  std::size_t StationOf(const std::string& id);
+  int PlaceOf(const Station& station) const;
+  bool ReadTimes(const Programme& programme);
+  template <std::size_t kCount>
+  std::uint32_t File(const std::array<std::string, kCount>& fields, char mark, Fields& where);
+  void ChooseStations();
+  bool IsInTime(const Item& item) const;
+  void Merge(Station& station);
+  void SetEnds(Station& station);
+  void CutToTime(Station& station);
+
+  const GuideOptions& options_;
+  TargetText& text_;
+  GuideTally tally_;
+
+  std::vector<Station> stations_;
+  std::unordered_map<std::string, std::size_t> station_numbers_;
+  Fields programmes_;
+  Fields details_;
+  std::vector<std::string> missing_;
+  std::uint32_t input_ = 0;
+
+  // The programme that has begun.
+  std::size_t station_ = 0;
+  Item item_ = {};
+  std::string fields_;
+};
+
+}  // namespace epgcache

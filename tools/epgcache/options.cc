@@ -1,0 +1,117 @@
+#include "tools/epgcache/options.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <limits>
+#include <map>
+
+#include "tools/epgcache/failure.h"
+
+namespace epgcache {
+
+namespace {
+
+constexpr int kUsageStatus = 2;
+
+constexpr const char* kAbout =
+    "Makes listings for the guide plug-in out of XMLTV guides, plain, gzip or xz.";
+
+constexpr const char* kFooter =
+    "\nInputs merge: where two have something on a station at a time, the first one wins.\n"
+    "\n"
+    "  epgcache guide.xml.gz -o listings.xml\n"
+    "  epgcache near.xml far.xml.xz --zone Europe/Rome --days 7 -o listings.xml\n"
+    "  epgcache --check guide.xml\n"
+    "\n"
+    "Exit status: 0 when all is well, 1 when a guide or the output is not, 2 for wrong options.";
+
+// As the options are written, before they are understood.
+struct Texts {
+  std::string zone = "UTC";
+  std::string from;
+  std::int32_t days = 0;
+  std::string encoding = "utf-8";
+  std::string overlaps = "keep";
+};
+
+void Declare(CLI::App& app, Options& options, Texts& texts) {
+  constexpr std::int32_t kMostMinutes = 7 * 1440;
+  app.set_version_flag("--version", EPG_VERSION);
+  app.add_option("INPUT", options.inputs, "XMLTV guides; - is standard input")->required();
+  auto* const output = app.add_option("-o,--output", options.output, "the listings file to write");
+  auto* const check = app.add_flag("--check", options.check,
+                                   "say whether the plug-in would take the file as it stands");
+  output->excludes(check);
+  app.add_option("--lang", options.reading.languages, "languages of texts, the best first: en,de")
+      ->delimiter(',')
+      ->allow_extra_args(false);
+  app.add_option("--encoding", texts.encoding, "of the output: utf-8 or windows-1252")
+      ->check(CLI::IsMember({"utf-8", "windows-1252"}, CLI::ignore_case));
+  app.add_flag("--episodes", options.reading.episodes, "episode numbers behind sub-titles");
+  app.add_flag("--presenters", options.reading.presenters, "presenters among the actors");
+  app.add_flag("--guests", options.reading.guests, "guests among the actors");
+  app.add_option("--zone", texts.zone,
+                 "of times without one: +0100, CET, Europe/Rome, local (default UTC)");
+  app.add_option("--default-length", options.guide.default_length,
+                 "minutes that a programme lasts at most when it has no stop (default 240)")
+      ->check(CLI::Range(1, kMostMinutes));
+  app.add_option("--overlaps", texts.overlaps,
+                 "keep them, or cut programmes where the next one begins (default keep)")
+      ->check(CLI::IsMember({"keep", "cut"}));
+  app.add_option("--from", texts.from,
+                 "leave out what is over by then: 2026-11-23, \"2026-11-23 20:15\", today, now");
+  app.add_option("--days", texts.days, "leave out what begins so many days later (from today)")
+      ->check(CLI::Range(1, 3660));
+  app.add_option("--stations", options.guide.stations,
+                 "these alone, and in this order, by id or name: one.example,\"Two HD\"")
+      ->delimiter(',')
+      ->allow_extra_args(false);
+  app.add_flag("--keep-going", options.keep_going,
+               "use what stands before the fault in a guide that is not well-formed");
+  app.add_option("--max-size", options.max_size, "of an input, unpacked (default 4G)")
+      ->transform(CLI::AsSizeValue(false));
+  app.add_flag("-q,--quiet", options.quiet, "no summary and no progress");
+}
+
+void Understand(const Texts& texts, Options& options) {
+  if (options.check ? options.inputs.size() != 1 : options.output.empty()) {
+    throw CLI::ValidationError(options.check ? "--check takes one FILE"
+                                             : "-o LISTINGS.xml says where to write to");
+  }
+  if (texts.encoding.front() == 'w') options.encoding = Encoding::kWindows1252;
+  options.guide.cut_overlaps = texts.overlaps == "cut";
+  const auto zone = Zone::Of(texts.zone);
+  if (!zone) throw CLI::ValidationError("--zone", Shown(texts.zone) + " is no time zone");
+  options.guide.zone = *zone;
+  if (texts.from.empty() && texts.days == 0) return;
+  const auto from = ParseTimeOfOption(texts.from.empty() ? "today" : texts.from, *zone);
+  if (!from) throw CLI::ValidationError("--from", Shown(texts.from) + " is no time");
+  options.guide.from = *from;
+  const std::int64_t to = std::int64_t{*from} + std::int64_t{texts.days} * 1440;
+  if (texts.days != 0 && to < options.guide.to) options.guide.to = static_cast<std::int32_t>(to);
+}
+
+}  // namespace
+
+CommandLine ReadCommandLine(int count, char** arguments) {
+  Options options;
+  options.max_size = std::uint64_t{4} << 30;
+  options.guide.default_length = 240;
+  Texts texts;
+  CLI::App app(kAbout, "epgcache");
+  app.footer(kFooter);
+  Declare(app, options, texts);
+  try {
+    app.parse(count, arguments);
+    Understand(texts, options);
+  } catch (const CLI::Success& asked_for) {
+    return {std::nullopt, app.exit(asked_for)};
+  } catch (const CLI::Error& error) {
+    std::fprintf(stderr, "epgcache: %s\nepgcache --help says what there is.\n",
+                 Shown(error.what()).c_str());
+    return {std::nullopt, kUsageStatus};
+  }
+  return {std::move(options), 0};
+}
+
+}  // namespace epgcache

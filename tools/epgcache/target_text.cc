@@ -1,0 +1,124 @@
+#include "tools/epgcache/target_text.h"
+
+#include <unicode/normalizer2.h>
+#include <unicode/translit.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "platform/services.h"
+#include "tools/epgcache/failure.h"
+
+namespace epgcache {
+
+namespace {
+
+// The byte of Windows-1252, the code page that the plug-in has, too.
+std::optional<char> ByteOf(char32_t character) {
+  if (character > 0xffff) return std::nullopt;
+  bool lacking = false;
+  const char byte = platform::WideCharToMultiByte(static_cast<char16_t>(character), '?', lacking);
+  return lacking ? std::nullopt : std::optional(byte);
+}
+
+const char* ReferenceTo(char byte) {
+  switch (byte) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    default:
+      return nullptr;
+  }
+}
+
+void AppendEscaped(std::string& target, std::string_view text) {
+  std::size_t begin = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char* const reference = ReferenceTo(text[at]);
+    if (reference == nullptr) continue;
+    target.append(text, begin, at - begin);
+    target += reference;
+    begin = at + 1;
+  }
+  target.append(text, begin);
+}
+
+}  // namespace
+
+class TargetText::Converter {
+ public:
+  Converter() {
+    UErrorCode error = U_ZERO_ERROR;
+    composer_ = icu::Normalizer2::getNFCInstance(error);
+    transliterator_.reset(
+        icu::Transliterator::createInstance("Any-Latin; Latin-ASCII", UTRANS_FORWARD, error));
+    if (U_FAILURE(error) || transliterator_ == nullptr)
+      throw Failure(std::string("cannot transliterate texts: ") + u_errorName(error));
+  }
+
+  void Convert(std::string_view utf8, std::string& bytes, Lacking& count) {
+    const auto text = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(utf8.data(), static_cast<std::int32_t>(utf8.size())));
+    UErrorCode error = U_ZERO_ERROR;
+    const icu::UnicodeString composed = composer_->normalize(text, error);
+    icu::UnicodeString lacking;  // a run of it, as letters depend on their neighbours
+    for (std::int32_t at = 0; at < composed.length(); at = composed.moveIndex32(at, 1)) {
+      const auto character = static_cast<char32_t>(composed.char32At(at));
+      if (const auto byte = ByteOf(character)) {
+        Replace(lacking, bytes, count);
+        bytes += *byte;
+      } else {
+        ++count.transliterated;
+        lacking.append(static_cast<UChar32>(character));
+      }
+    }
+    Replace(lacking, bytes, count);
+  }
+
+ private:
+  void Replace(icu::UnicodeString& lacking, std::string& bytes, Lacking& count) {
+    if (lacking.isEmpty()) return;
+    transliterator_->transliterate(lacking);
+    for (std::int32_t at = 0; at < lacking.length(); at = lacking.moveIndex32(at, 1)) {
+      const UChar32 character = lacking.char32At(at);
+      if (const auto byte = ByteOf(static_cast<char32_t>(character))) {
+        bytes += *byte;
+      } else if (!u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) {
+        bytes += '?';
+        ++count.lost;
+      }
+    }
+    lacking.remove();
+  }
+
+  const icu::Normalizer2* composer_ = nullptr;  // the library's
+  std::unique_ptr<icu::Transliterator> transliterator_;
+};
+
+TargetText::TargetText(Encoding encoding)
+    : converter_(encoding == Encoding::kUtf8 ? nullptr : std::make_unique<Converter>()) {}
+
+TargetText::~TargetText() = default;
+
+const char* TargetText::EncodingName() const {
+  return converter_ == nullptr ? "UTF-8" : "windows-1252";
+}
+
+void TargetText::Append(std::string& target, std::string_view utf8, Lacking& lacking) {
+  const bool ascii = std::all_of(utf8.begin(), utf8.end(),
+                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+  if (converter_ == nullptr || ascii) {
+    AppendEscaped(target, utf8);
+    return;
+  }
+  converted_.clear();
+  converter_->Convert(utf8, converted_, lacking);
+  AppendEscaped(target, converted_);
+}
+
+}  // namespace epgcache

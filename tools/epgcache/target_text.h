@@ -1,0 +1,42 @@
+// Texts as they stand in the file that is written: in its encoding, with what XML needs escaped.
+//
+// Threads: one at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace epgcache {
+
+enum class Encoding { kUtf8, kWindows1252 };
+
+// Characters that a text's encoding lacks: all of them, and those for which not even other letters
+// could be found.
+struct Lacking {
+  std::uint64_t transliterated = 0;
+  std::uint64_t lost = 0;
+};
+
+class TargetText {
+ public:
+  explicit TargetText(Encoding encoding);
+  TargetText(const TargetText&) = delete;
+  TargetText& operator=(const TargetText&) = delete;
+  ~TargetText();
+
+  // Appends UTF-8 text to `target`, and what the encoding lacks of it to `lacking`.
+  void Append(std::string& target, std::string_view utf8, Lacking& lacking);
+
+  // The encoding's name, as XML has it.
+  const char* EncodingName() const;
+
+ private:
+  class Converter;
+
+  const std::unique_ptr<Converter> converter_;  // null: the texts are in the target's encoding
+  std::string converted_;
+};
+
+}  // namespace epgcache
