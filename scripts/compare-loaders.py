@@ -5,7 +5,8 @@
 
 LOADERS is a folder with `gen_xmltv.py`, which writes listings (--stations, --days, --seed,
 --format, --unknown, --out), and `build/peer_NAME FILE [--queries N]`, programs that load XMLTV
-listings and print `query_ns` and `destroy_ms`. Needs scripts/bench.sh to have been run.
+listings and print `query_ns` and `destroy_ms`. Needs scripts/test.sh and scripts/bench.sh to
+have been run.
 
 All commands take turns, and one turn warms up. Times are wall seconds of whole processes, memory is
 the largest resident size.
@@ -100,6 +101,8 @@ def compare(args, folder):
         commands[peer] = [args.loaders / "build" / ("peer_" + peer), xmltv, "--queries", "200000"]
     for peer in PEERS:  # without the queries, which are no part of an import
         commands[peer + " import"] = commands[peer][:2]
+    made = folder / "made.xml"
+    commands["epgcache"] = [BUILD / "epgcache", xmltv, "--output", made]
     results = in_turn(commands, args.runs)
     ours = results["epgshell"]
     print("XMLTV, %.0f MB (seed %d), medians of %d\n" % (megabytes(xmltv), args.seed, args.runs))
@@ -112,6 +115,10 @@ def compare(args, folder):
         print("| %s | %.2f | %.2f | %.0f | %.2f | %.0f | %.0f |" % (
             peer, wall, ours[0] / wall, memory, ours[1] / memory, figure(rows, "query_ns"),
             figure(rows, "destroy_ms")))
+    wall, memory, _ = results["epgcache"]
+    print("\nepgcache: %.2f s, %.2f of libxml2's; %.0f MiB, %.2f of the %.0f MB that it writes" % (
+        wall, wall / results["libxml2 import"][0], memory, memory * 2**20 / 1e6 / megabytes(made),
+        megabytes(made)))
     pugixml = results["pugixml import"][0] / megabytes(xmltv)
 
     files = {"xmltv": xmltv}

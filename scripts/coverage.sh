@@ -3,7 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/setup.sh coverage
-cmake --preset coverage -DEPG_TESTS=ON >/dev/null
+cmake --preset coverage -DEPG_TESTS=ON -DEPG_TOOLS=ON >/dev/null
 cmake --build --preset coverage
 find build/coverage -name '*.gcda' -delete
 ctest --preset coverage -j "$(nproc)" --quiet

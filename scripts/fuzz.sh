@@ -16,7 +16,7 @@ if [ "${1:-}" = --runs ]; then
 fi
 scripts/setup.sh fuzz
 targets="epgcache guide listings mxml reader script template time"
-cmake --preset fuzz >/dev/null
+cmake --preset fuzz -DEPG_TOOLS=ON >/dev/null
 # shellcheck disable=SC2046  # a list of words
 cmake --build --preset fuzz --target $(for target in $targets; do echo "${target}_fuzz"; done)
 for target in $targets; do

@@ -12,7 +12,7 @@ build_and_test() {
   echo "== $1"
   preset="$1"
   shift
-  cmake --preset "$preset" -DEPG_TESTS=ON "$@" >/dev/null
+  cmake --preset "$preset" -DEPG_TESTS=ON -DEPG_TOOLS=ON "$@" >/dev/null
   cmake --build --preset "$preset"
   ctest --preset "$preset" -j "$(nproc)"
 }

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "tools/epgcache/failure.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 

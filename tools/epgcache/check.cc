@@ -14,6 +14,7 @@
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/losses.h"
 #include "tools/epgcache/markup.h"
+#include "tools/epgcache/text.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
 
@@ -26,11 +27,6 @@ struct Stop {
   std::size_t at;  // the byte
   std::string rule;
 };
-
-bool SameLetters(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return (x | 0x20) == (y | 0x20); });
-}
 
 std::string Quoted(std::string_view text) { return '"' + Shown(text) + '"'; }
 

@@ -1,11 +1,11 @@
 #include "tools/epgcache/guide.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
-#include <cstring>
 #include <iterator>
 #include <utility>
+
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 
@@ -13,18 +13,12 @@ namespace {
 
 constexpr std::int32_t kLatest = std::numeric_limits<std::int32_t>::max();
 
-// A stop that lies before its start, but not by more than a day, has lost its date at midnight. So
-// much later it may be at most; beyond that it says nothing.
+// A stop before its start may have been given the wrong date at midnight: it is taken to be on the
+// next day where the programme then lasts no longer than this.
 constexpr std::int32_t kLongestNight = 12 * 60;
 
 // In place of a text's number: nobody has read it.
 constexpr std::uint32_t kNoText = std::numeric_limits<std::uint32_t>::max();
-
-bool SameLetters(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-    return std::tolower(x) == std::tolower(y);
-  });
-}
 
 bool IsCalled(const Guide::Station& station, std::string_view name) {
   return SameLetters(station.id, name) ||

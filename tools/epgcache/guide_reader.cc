@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "tools/epgcache/failure.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 
@@ -23,21 +24,6 @@ namespace {
 std::string_view View(const xmlChar* text) {
   return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
                          : std::string_view();
-}
-
-bool IsBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-char Lower(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte; }
-
-bool SameLetters(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
-}
-
-bool BeginsWithLetters(std::string_view text, std::string_view beginning) {
-  return SameLetters(text.substr(0, beginning.size()), beginning);
 }
 
 void AppendListed(std::string& list, std::string_view entry) {

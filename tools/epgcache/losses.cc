@@ -10,6 +10,7 @@
 #include "tools/epgcache/guide_reader.h"
 #include "tools/epgcache/markup.h"
 #include "tools/epgcache/programme.h"
+#include "tools/epgcache/text.h"
 #include "tools/epgcache/xmltv_time.h"
 
 namespace epgcache {

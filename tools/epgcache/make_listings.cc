@@ -12,6 +12,7 @@
 #include "tools/epgcache/guide.h"
 #include "tools/epgcache/output_file.h"
 #include "tools/epgcache/progress.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "tools/epgcache/text.h"
+
 namespace epgcache {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
 
 std::size_t Behind(std::string_view text, std::string_view end_mark, std::size_t at) {
   const std::size_t found = text.find(end_mark, at);

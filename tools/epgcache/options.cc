@@ -5,7 +5,7 @@
 #include <limits>
 #include <map>
 
-#include "tools/epgcache/failure.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 
@@ -37,7 +37,7 @@ struct Texts {
 void Declare(CLI::App& app, Options& options, Texts& texts) {
   constexpr std::int32_t kMostMinutes = 7 * 1440;
   app.set_version_flag("--version", EPG_VERSION);
-  app.add_option("INPUT", options.inputs, "XMLTV guides; - is standard input")->required();
+  app.add_option("INPUT", options.inputs, "XMLTV guides; - is standard input");
   auto* const output = app.add_option("-o,--output", options.output, "the listings file to write");
   auto* const check = app.add_flag("--check", options.check,
                                    "say whether the plug-in would take the file as it stands");
@@ -74,10 +74,11 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
 }
 
 void Understand(const Texts& texts, Options& options) {
-  if (options.check ? options.inputs.size() != 1 : options.output.empty()) {
-    throw CLI::ValidationError(options.check ? "--check takes one FILE"
-                                             : "-o LISTINGS.xml says where to write to");
-  }
+  if (options.check && options.inputs.size() != 1)
+    throw CLI::ValidationError("--check", "it takes one FILE");
+  if (options.inputs.empty()) throw CLI::RequiredError("INPUT");
+  if (!options.check && options.output.empty())
+    throw CLI::ValidationError("--output", "it says where to write to, and is missing");
   if (texts.encoding.front() == 'w') options.encoding = Encoding::kWindows1252;
   options.guide.cut_overlaps = texts.overlaps == "cut";
   const auto zone = Zone::Of(texts.zone);

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "tools/epgcache/failure.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 

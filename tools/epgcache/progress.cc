@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "tools/epgcache/failure.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 

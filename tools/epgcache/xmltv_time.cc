@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/services.h"
+#include "tools/epgcache/text.h"
 
 namespace epgcache {
 
@@ -21,7 +22,6 @@ constexpr std::int64_t kMinutesTo1970 = std::int64_t{134'774} * 1440;
 bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 std::string_view Trimmed(std::string_view text) {
-  constexpr const char* kBlanks = " \t\r\n";
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
