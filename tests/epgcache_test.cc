@@ -248,8 +248,13 @@ TEST(Epgcache, PutsGuidesInOrder) {
         On("a", "1900", "2010", Titled("early")) + On("a", "2115", "2300", Titled("no")) +
             On("a", "2200", "", Titled("late")) + On("a", "2000", "2001", Titled("no"))},
        "",
-       "One: 19:00-20:10 early | 20:00-21:30 x | 21:00-22:00 y | 22:00-02:00 late\nTwo HD:\n",
+       "One: 19:00-20:00 early | 20:00-21:30 x | 21:00-22:00 y | 22:00-02:00 late\nTwo HD:\n",
        "2 programmes where an earlier input has something on"},
+      {{On("a", "2000", "", Titled("x")) + On("a", "2100", "", Titled("y")),
+        On("a", "2005", "", Titled("no")) + On("a", "0105", "", Titled("z"))},
+       "--default-length 600",
+       "a: 01:05-11:05 z | 20:00-21:00 x | 21:00-07:00 y\n",
+       "1 programme where an earlier input"},
       // Names that come behind the programmes count, too.
       {{evening + two},
        "--stations 'two hd,never,A'",
@@ -276,6 +281,12 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "--zone Europe/Rome",
        "a: 18:00-21:00 x\n",
        "zone that nobody knows"},
+      // 02:30 comes twice that night, and the first time counts; 03:00 once.
+      {{"<programme channel='a' start='202610250230' "
+        "stop='202610250300'><title>x</title></programme>"},
+       "--zone Europe/Rome",
+       "a: 00:30-02:00 x\n",
+       ""},
       {{On("a", "2000", "2100", many)}, "", "a: 20:00-21:00 T / F / c1, c2, c3 / A\n", ""},
       {{On("a", "2000", "2100", many) + two},
        "--lang fr,en --presenters --guests",
@@ -301,7 +312,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
        ""},
       {{episode("<episode-num>#5</episode-num>")}, "", "a: 20:00-21:00 T\n", ""},
       {{On("a", "2000", "2100", Titled("Łódź – “naïve” Привет ＜ e\u0301 🎬"))},
-       "--encoding windows-1252",
+       "--encoding WINDOWS-1252",
        "a: 20:00-21:00 L\xf3"
        "dz \x96 \x93na\xef"
        "ve\x94 Privet < \xe9 ?\n",
@@ -357,6 +368,13 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
        "echo \"<!ENTITY a$i '&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;&a$j;'>\"; done; "
        "sed 's/x</\\&a9;</; s/^/]>/' $G) | $E - -o $O",
        "entity reference loop"},
+      {"(printf '<!DOCTYPE tv [<!ENTITY e \"'; head -c 100000 /dev/zero | tr '\\0' x; printf "
+       "'\">]><tv>"
+       "<programme channel=\"a\" start=\"2026\"><desc>'; yes '&e;' | head -n 900) | $E - -o $O",
+       "standard input:111:4: its entities expand to far more than it holds"},
+      {"printf '<?xml version=\"1.0\" encoding=\"GB2312\"?><tv><x>\\377\\376</x></tv>' | $E - -o "
+       "$O",
+       "a byte that its encoding does not have"},
       {"echo secret >$D/s; sed \"s|^|<!DOCTYPE tv [<!ENTITY s SYSTEM '$D/s'>]>|; s/x</\\&s;</\" $G "
        "| $E - -o $O",
        "an entity refers to"},
@@ -365,7 +383,7 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
        "an entity refers to"},
       {"(cat $G; echo; echo '<programme>') | $E - -o $O", "standard input:3:1: Extra content"},
       {"sed 's|</title|</titel|' $G >$D/g; $E $D/g -o $O", "/g:1:"},
-      {"$E $G -o $D/none/listings.xml", "cannot be written: No such file"},
+      {"$E $G -o $D/none/listings.xml", "no file can be made in its folder: No such file"},
       {"$E $G -o $D", "cannot be written: Is a directory"},
       {"$E $G -o /dev/full", "cannot be written: not a regular file"},
       {"(ulimit -f 0; $E $G -o $O 2>&1) | cat >&2; false", "cannot be written: File too large"},
@@ -386,15 +404,26 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
   EXPECT_EQ(RunCommand("$E $G").status, 2);
 }
 
+TEST(Epgcache, WritesBehindALinkAndKeepsPermissions) {
+  const TempFile guide("<tv>" + On("a", "2000", "2100", Titled("x")) + "</tv>");
+  const TempFile old("old");
+  const Outcome made =
+      RunCommand("G=" + guide.Path() + "; cd $(dirname " + old.Path() +
+                 "); chmod 640 listings.xml; ln -s listings.xml link; $E -q $G -o link;"
+                 "readlink link; stat -c %a listings.xml; grep -c '<p2>x' listings.xml; ls -A");
+  EXPECT_EQ(made.out, "listings.xml\n640\n1\nlink\nlistings.xml\n") << made.err;
+}
+
 TEST(Epgcache, KeepsWhatStandsBeforeAFault) {
   const std::string good = "<tv>" + On("a", "2000", "2100", Titled("x"));
   const TempFile cut(good + "<programme channel='a' start='20261123210000'><title>y</titl");
   const TempFile html("<html>");
   const TempFile listings("old");
-  const Outcome made =
-      RunCommand("$E --keep-going " + cut.Path() + " " + html.Path() + " -o " + listings.Path());
+  const Outcome made = RunCommand("gzip <" + cut.Path() + " | head -c -6 | $E --keep-going - " +
+                                  html.Path() + " " + cut.Path() + " -o " + listings.Path());
   EXPECT_EQ(made.status, 0);
   EXPECT_THAT(made.err, HasSubstr("listings.xml:2:"));
+  EXPECT_THAT(made.err, HasSubstr("standard input:2:61: it ends in the middle of its compressed"));
   EXPECT_THAT(made.err, HasSubstr("is an HTML page"));
   EXPECT_EQ(Shown(listings), "a: 20:00-21:00 x\n");
 }
@@ -420,7 +449,8 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        ":2:1: the plug-in does not take it: generator-info-name of <tv> is \"G&amp;B\""},
       {"<tv source-info-name=\"Joe's\" generator-info-name=\"XMLTV\">" + one + on + "</tv>",
        ":1:1: the plug-in does not take it: an apostrophe or quotation mark inside an attribute of "
-       "<tv> hides"},
+       "<tv>, "
+       "which hides"},
       {"<tv\n generator-info-name=\"XMLTV\">" + one + on + "</tv>",
        ":1:1: the plug-in does not take it: a line break"},
       {tv + "<!-- c -->" + one + on + "</tv>", ": the plug-in takes it"},
@@ -428,38 +458,58 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        ":3:24: the plug-in does not take it: a comment in the text of <programme>, or before its "
        "first"},
       {with("<x><desc>y<![CDATA[z]]></desc></x>\n"),
-       ":3:11: the plug-in does not take it: a CDATA section in <desc>"},
+       ":3:11: the plug-in does not take it: a CDATA section in the text of <desc>"},
       {with("<x><icon src=\"it's\"/><y/></x>\n"),
        ":3:4: the plug-in does not take it: an apostrophe or quotation mark inside an attribute of "
        "<icon>"},
       {with("<x\n a=\"1\"><y/></x>\n"),
        ":3:1: the plug-in does not take it: a line break or tab behind the name of <x>"},
       {tv + one + on, ": the plug-in does not take it: the file ends inside <tv>",
-       "1  place where it is not well-formed"},
+       ":4:1: not well-formed: Premature end"},
       {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says",
        "1  programmes left out, as no channel"},
       {"<tv>" + one + "<x><y>&#8217;<!-- --></y></x></tv>",
        ":2:14: nor would it then: a comment in the text of <y>", "1  numeric character references"},
-      {"<!-- <a><b/></a> --><tv/>", "an element inside a comment is taken for the first"},
-      {with("<programme start=\"20261123 +01:00\"  "
-            "channel=\"a\"><title>&#65;</title><title>&#66;&nbsp;</title>"
-            "<date/><icon/></programme>"),
+      {"<!-- <a><b/></a> --><tv/>", "markup inside a comment, which is read"},
+      // What is read from its cause on: where XML and the reader part.
+      {with("<!-- Tom & Jerry -->\n"),
+       ":3:1: the plug-in does not take it: an '&' inside a comment"},
+      {with("<x><y>A&B</y></x>"), ":3:8: the plug-in does not take it: an '&' without its ';'"},
+      {with("<x><y><![CDATA[<b>]]></y></x>"),
+       ":3:7: the plug-in does not take it: a CDATA section"},
+      {with("<x><y/><!-- <z> --></x>"),
+       ":3:8: the plug-in does not take it: markup inside a comment"},
+      {with("<x><y a=\"it's\">y</y></x>"), ":3:4: the plug-in does not take it: an apostrophe"},
+      {with("<x><y a=\"b>c\"/><z/></x>"), ":3:4: the plug-in does not take it: a '>' inside"},
+      {with("<x><y>y</y ></x>"),
+       ":3:8: the plug-in does not take it: a blank or line break before the '>'"},
+      {"<html><body><p>x</p></body></html>",
+       ":1:1: the plug-in does not take it: <html> begins none"},
+      {with(
+           "<programme start=\"20261123 +01:00\" channel=\"a\"><title>&#65;</title><title>2</title>"
+           "<sub-title>x<b>y</b></sub-title><icon/><rating/></programme>") +
+           " &nbsp;",
        ": the plug-in takes it",
-       "        2  numeric character references, which vanish\n"
-       "        1  references by other names than the five of XML, which vanish\n"
-       "        1  tags whose attributes are misread: line breaks, tabs or blanks too many\n"
+       ":4:7: not well-formed: Extra content at the end of the document\n"
+       "It loses or alters:\n"
+       "        1  numeric character references, which vanish\n"
+       "        1  references by other names than XML's five, which vanish\n"
+       "        1  programmes whose start is misread\n"
        "        1  programmes without a readable stop, which have no end\n"
-       "        1  programmes whose time zone is not understood, taken as UTC\n"
        "        1  texts overwritten by a later one of their kind\n"
-       "        1  place where it is not well-formed"},
-      {with("<programme start=\"20261123 +01:00\" "
-            "channel=\"a\"><title>1</title><title>2</title><icon/></programme>"),
-       ": the plug-in takes it",
-       "        1  programmes without a readable stop, which have no end\n"
-       "        1  programmes whose time zone is not understood, taken as UTC\n"
-       "        1  texts overwritten by a later one of their kind\n"
+       "        1  elements inside texts, which end there\n"
        "        1  elements not read: icon\n"},
-      {"<Programmes><x/></Programmes>", ":1:1: the plug-in does not take it: its message is"},
+      {with("<channel id=\"a\"><display-name>x</display-name></channel>" + on +
+            "<channel id = \"b\"/>" +
+            "<programme start=\"20261123\" channel=\"b\"/><programme channel=\"a\"\n "
+            "start=\"2026\"/>"),
+       ": the plug-in takes it",
+       "        2  tags with attributes misread, for their blanks, line breaks, quotation marks or "
+       "'>'\n"
+       "        1  channels left out, as one before them has their id\n"
+       "        2  programmes left out, as no channel read before them is theirs\n"
+       "        1  programmes left out, as one of their station is read with their start\n"},
+      {"<Programmes><x/></Programmes>", ":1:1: the plug-in does not take it: the plug-in says"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.guide);

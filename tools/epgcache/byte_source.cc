@@ -55,7 +55,8 @@ class Gunzip final : public ByteSource::Unpacker {
 
   Step Unpack(std::string_view in, bool /*last*/, char* out, std::size_t size) override {
     if (between_members_) {
-      if (in.empty() || in.front() != '\x1f') return {in.size(), 0, true};
+      if (in.empty() || !std::string_view("\x1f\x8b").starts_with(in.substr(0, 2)))
+        return {in.size(), 0, true};
       inflateReset(&stream_);
       between_members_ = false;
     }
@@ -68,8 +69,8 @@ class Gunzip final : public ByteSource::Unpacker {
     if (result == Z_MEM_ERROR) throw std::bad_alloc();
     if (result == Z_STREAM_END) {
       between_members_ = true;
-    } else if (result != Z_OK && result != Z_BUF_ERROR) {
-      throw Failure(kDamaged);
+    } else if (result != Z_OK && result != Z_BUF_ERROR && stream_.avail_out == size) {
+      throw Failure(kDamaged);  // what came before it has been handed over
     }
     return {in.size() - stream_.avail_in, size - stream_.avail_out, false};
   }
@@ -98,8 +99,9 @@ class Unxz final : public ByteSource::Unpacker {
     if (result == LZMA_MEM_ERROR) throw std::bad_alloc();
     if (result == LZMA_MEMLIMIT_ERROR)
       throw Failure("its compressed data asks for more than 256 MiB of memory");
-    if (result != LZMA_OK && result != LZMA_STREAM_END && result != LZMA_BUF_ERROR)
-      throw Failure(kDamaged);
+    if (result != LZMA_OK && result != LZMA_STREAM_END && result != LZMA_BUF_ERROR &&
+        stream_.avail_out == size)
+      throw Failure(kDamaged);  // what came before it has been handed over
     return {in.size() - stream_.avail_in, size - stream_.avail_out, result == LZMA_STREAM_END};
   }
 
@@ -118,8 +120,12 @@ std::unique_ptr<ByteSource::Unpacker> UnpackerFor(std::string_view beginning) {
 
 }  // namespace
 
+std::string ShownInput(const std::string& name) {
+  return name == "-" ? "standard input" : Shown(name);
+}
+
 ByteSource::ByteSource(const std::string& name, std::uint64_t max_size, Watcher watcher)
-    : name_(name == "-" ? "standard input" : Shown(name)),
+    : name_(ShownInput(name)),
       watcher_(std::move(watcher)),
       room_(max_size),
       max_size_(max_size),
@@ -186,11 +192,13 @@ std::size_t ByteSource::Read(char* buffer, std::size_t size) {
       made = Unpack(in, buffer, size);
     }
   }
-  if (made > room_) {
+  if (made > 0 && room_ == 0) {
     throw Failure(name_ + ": is larger than " + std::to_string(max_size_) +
                   " bytes unpacked; --max-size allows for more");
   }
+  made = static_cast<std::size_t>(std::min<std::uint64_t>(made, room_));
   room_ -= made;
+  unpacked_ += made;
   if (beginning_.size() < kBeginningBytes)
     beginning_.append(buffer, std::min(made, kBeginningBytes - beginning_.size()));
   return made;

@@ -15,6 +15,9 @@
 
 namespace epgcache {
 
+// An input's name as it is shown; "-" is standard input.
+std::string ShownInput(const std::string& name);
+
 class ByteSource {
  public:
   // How far an input is: bytes read of it, packed as it is, and of how many (0: nobody knows).
@@ -34,6 +37,8 @@ class ByteSource {
   const std::string& Name() const { return name_; }
   // What the input begins with, unpacked; some 64 bytes of what has been read.
   const std::string& Beginning() const { return beginning_; }
+  // How many bytes have come out.
+  std::uint64_t Unpacked() const { return unpacked_; }
   bool IsPacked() const { return unpacker_ != nullptr; }
 
   // Undoes one kind of compression.
@@ -51,6 +56,7 @@ class ByteSource {
   std::uint64_t read_ = 0;
   std::uint64_t room_;  // how many more bytes may come out
   std::uint64_t max_size_;
+  std::uint64_t unpacked_ = 0;
 
   std::unique_ptr<char[]> block_;
   std::size_t next_ = 0;                // the first byte of the block that has not been used

@@ -1,9 +1,11 @@
 #include "tools/epgcache/cache_writer.h"
 
 #include <cstddef>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
+
+#include "import/listings_import.h"
 
 namespace epgcache {
 
@@ -23,7 +25,7 @@ class Writer {
 
   Written Run() {
     write_(std::string("<?xml version=\"1.0\" encoding=\"") + text_.EncodingName() +
-           "\"?>\n<ProviderData xmlns=\"http://www.norvex.example\" EPGSource=\"3\">\n");
+           "\"?>\n<ProviderData xmlns=\"" + std::string(kMakerNamespace) + "\" EPGSource=\"3\">\n");
     WriteProgrammes();
     write_("<StationList>\n");
     for (const Guide::Station& station : guide_.Stations()) WriteStation(station);
@@ -86,9 +88,11 @@ class Writer {
   void AppendKey(const std::string& id) {
     const std::size_t begin = line_.size();
     AppendField("s1", id);
-    for (int number = 2; !station_keys_.insert(line_.substr(begin)).second; ++number) {
+    std::uint64_t& uses = station_keys_[line_.substr(begin)];
+    while (++uses > 1) {
       line_.resize(begin);
-      AppendField("s1", id + "-" + std::to_string(number));
+      AppendField("s1", id + "-" + std::to_string(uses));
+      if (station_keys_.try_emplace(line_.substr(begin), 1).second) break;
     }
   }
 
@@ -102,7 +106,7 @@ class Writer {
   TargetText& text_;
   const std::function<void(std::string_view)>& write_;
   std::vector<std::uint32_t> keys_;
-  std::set<std::string> station_keys_;
+  std::map<std::string, std::uint64_t> station_keys_;  // and how often they were wanted
   Written written_;
   std::string line_;
 };

@@ -1,19 +1,24 @@
 #include "tools/epgcache/check.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/mlog.h"
 #include "import/import_driver.h"
+#include "import/listings_import.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/losses.h"
 #include "tools/epgcache/markup.h"
+#include "tools/epgcache/reader_walk.h"
 #include "tools/epgcache/text.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
@@ -22,285 +27,215 @@ namespace epgcache {
 
 namespace {
 
-// Why the plug-in does not take a file, and where.
-struct Stop {
-  std::size_t at;  // the byte
-  std::string rule;
+constexpr const char* kGenerator = "generator-info-name";
+
+std::string Quoted(std::string_view text) {
+  constexpr std::size_t kMost = 100;
+  return '"' + Shown(text.substr(0, kMost)) + (text.size() > kMost ? "...\"" : "\"");
+}
+
+struct File {
+  std::string name;
+  std::string bytes;
+  bool is_packed = false;
 };
 
-std::string Quoted(std::string_view text) { return '"' + Shown(text) + '"'; }
-
-std::string Tag(std::string_view name) { return '<' + Shown(name) + '>'; }
-
-std::string WholeFile(const Options& options) {
-  if (options.inputs.front() == "-") throw Failure("--check takes a file, as the plug-in does");
-  ByteSource source(options.inputs.front(), options.max_size);
-  if (source.IsPacked()) return {};
-  std::string bytes;
+File ReadWhole(const Options& options) {
+  File file;
+  file.name = options.inputs.front();
+  struct stat about = {};
+  if (stat(file.name.c_str(), &about) == 0 && !S_ISREG(about.st_mode))
+    throw Failure(Shown(file.name) + ": is not a regular file, which the plug-in asks for");
+  ByteSource source(file.name, options.max_size);
+  file.is_packed = source.IsPacked();
+  if (file.is_packed) return file;
   std::string block(std::size_t{64} << 10, '\0');
   for (std::size_t count = 0; (count = source.Read(block.data(), block.size())) != 0;)
-    bytes.append(block, 0, count);
-  return bytes;
+    file.bytes.append(block, 0, count);
+  return file;
 }
 
 // What the plug-in itself makes of the file.
 struct Verdict {
-  bool taken;
-  std::string text;  // how much it holds, or the reason that the plug-in logs
+  std::shared_ptr<CProviderData> store;  // null: the file is not taken
+  std::string reason;                    // which it logs then
 };
+
+std::string Unescaped(std::string_view text) {
+  constexpr std::pair<std::string_view, char> kReferences[] = {
+      {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+  std::string plain;
+  while (!text.empty()) {
+    const auto* const found =
+        std::find_if(std::begin(kReferences), std::end(kReferences),
+                     [text](const auto& reference) { return text.starts_with(reference.first); });
+    const bool is_plain = found == std::end(kReferences);
+    plain += is_plain ? text.front() : found->second;
+    text.remove_prefix(is_plain ? 1 : found->first.size());
+  }
+  return plain;
+}
 
 Verdict AskPlugin(const std::string& name) {
-  static constexpr std::string_view kFailed = "EPG Loader: Import failed";
   std::string reason;
   ORVANE::MLog.SetSink([&reason](ORVANE::MLOG::TYPE, std::string_view text) {
-    if (!text.starts_with(kFailed)) return;
+    if (!text.starts_with("EPG Loader: Import failed")) return;
     text.remove_prefix(std::min(text.find('[') + 1, text.size()));
-    reason = text.substr(0, text.rfind(']'));
+    reason = Unescaped(text.substr(0, text.rfind(']')));
   });
   ORVANE::MSTR status;
-  const auto store = ImportEPGFile(std::string_view(name), status, nullptr);
+  auto store = ImportEPGFile(std::string_view(name), status, nullptr);
   ORVANE::MLog.SetSink({});
-  if (store == nullptr) return {false, reason.empty() ? std::string(status.View()) : reason};
-  return {true, std::string(store->GetStatistics().View())};
+  if (reason.empty()) reason = status.View();
+  return {std::move(store), std::move(reason)};
 }
 
-// What it is in a tag that the plug-in's reader takes otherwise than XML does.
-std::string OddityOf(std::string_view bytes, const Markup& tag) {
-  for (const MarkupAttribute& attribute : AttributesOf(bytes, tag)) {
-    if (attribute.value.find_first_of("'\"") != std::string_view::npos)
-      return "an apostrophe or quotation mark inside an attribute";
-    if (attribute.value.find('>') != std::string_view::npos) return "a '>' inside an attribute";
-    if (attribute.before != " ") return "a line break, tab or second blank between attributes";
-    if (attribute.equals != "=") return "blanks around an attribute's '='";
-  }
-  return "the way in which it is written";
-}
+enum class Format { kCache, kTitanTV, kXmltv, kOther };
 
-// Walks through the file with the plug-in's reader as its importers do, and beside it by XML's own
-// rules, up to the first place where an import ends.
-class Walk {
- public:
-  Walk(const std::string& name, std::string_view bytes) : bytes_(bytes) {
-    if (!reader_.Open(std::string_view(name), true, false, true))
-      throw Failure(Shown(name) + ": cannot be opened");
-  }
-
-  // Where what the reader takes for the root begins. After the run.
-  std::size_t RootBegin() const { return root_begin_; }
-
-  std::optional<Stop> Run() {
-    if (auto stop = ReadRoot()) return stop;
-    while (!opened_.empty()) {
-      const bool read = Step();
-      if (read && !end_tag_) {
-        NoteMisreading();
-        if (open_) opened_.push_back({NodeName(), begin_});
-      } else if (end_tag_ && NodeName() == opened_.back().name) {
-        opened_.pop_back();
-      } else {
-        return misread_ ? misread_ : Explain();
-      }
-      node_.FreeChildren();
-    }
-    return std::nullopt;
-  }
-
- private:
-  struct Opened {
-    std::string name;  // as the reader has it
-    std::size_t begin;
-  };
-
-  bool Step() {
-    begin_ = std::min(bytes_.find('<', Position()), bytes_.size());
-    return reader_.ReadElement(node_, open_, end_tag_);
-  }
-
-  std::size_t Position() const { return static_cast<std::size_t>(reader_.Position()); }
-  std::string NodeName() const { return std::string(node_.name.View()); }
-
-  // A root that is read with a fault is a root all the same.
-  std::optional<Stop> ReadRoot() {
-    do {
-      if (!Step()) {
-        if (Position() >= bytes_.size()) return Stop{begin_, "no element here has child elements"};
-        break;
-      }
-    } while (!open_);
-    opened_.push_back({NodeName(), begin_});
-    root_begin_ = begin_;
-    node_.FreeChildren();
-    return std::nullopt;
-  }
-
-  // Remembers the first tag that opens or closes an element for one of the two and not for the
-  // other: what goes wrong far behind it goes wrong for that.
-  void NoteMisreading() {
-    Markup markup = {};
-    if (misread_ || NodeName().empty() || !FindMarkup(bytes_, begin_, markup)) return;
-    bool same = true;
-    if (markup.kind == MarkupKind::kEmpty) {
-      same = !open_;
-    } else if (markup.kind == MarkupKind::kStart && !open_) {
-      Markup next = {};
-      same = FindMarkup(bytes_, markup.end, next) && next.kind == MarkupKind::kEnd &&
-             next.end == Position();
-    }
-    if (!same) {
-      misread_ = {begin_, OddityOf(bytes_, markup) + " of " + Tag(markup.name) +
-                              " hides where the element ends"};
-    }
-  }
-
-  Stop Explain() const {
-    const Opened& parent = opened_.back();
-    const std::string parent_tag = Tag(parent.name);
-    if (end_tag_) {
-      Markup tag = {};
-      if (FindMarkup(bytes_, parent.begin, tag) && tag.name != parent.name)
-        return {parent.begin, "a line break or tab behind the name of " + Tag(tag.name)};
-      return {begin_, parent_tag + " is closed by </" + Shown(NodeName()) + ">"};
-    }
-    if (Position() >= bytes_.size()) return {bytes_.size(), "the file ends inside " + parent_tag};
-    // The reader has stopped behind a '>' that is not that of the element's end tag.
-    const std::size_t at = bytes_.rfind('<', Position() - 1);
-    Markup markup = {};
-    FindMarkup(bytes_, at, markup);
-    const std::string tag = Tag(NodeName());
-    switch (markup.kind) {
-      case MarkupKind::kComment:
-        return {at, "a comment in the text of " + tag + ", or before its first child element"};
-      case MarkupKind::kCData:
-        return {at, "a CDATA section in " + tag};
-      case MarkupKind::kEnd:
-        return {at, tag + " is closed by </" + Shown(markup.name) + ">"};
-      default:
-        return {at, "markup that is neither element nor text in " + tag};
-    }
-  }
-
-  std::string_view bytes_;
-  CSimpleXMLReader reader_;
-  CSafeNode node_;
-  bool open_ = false;
-  bool end_tag_ = false;
-  std::size_t begin_ = 0;  // of the markup that the last step has read
-  std::size_t root_begin_ = 0;
-  std::vector<Opened> opened_;
-  std::optional<Stop> misread_;
-};
-
-std::optional<Markup> RootOf(std::string_view bytes) {
-  Markup markup = {};
-  for (std::size_t at = 0; FindMarkup(bytes, at, markup); at = markup.end) {
-    if (markup.kind == MarkupKind::kStart || markup.kind == MarkupKind::kEmpty) return markup;
-  }
-  return std::nullopt;
-}
-
-// Why an XMLTV guide is not taken for one.
-std::optional<Stop> NotRecognised(const std::string& name, std::string_view bytes,
-                                  const Markup& root) {
-  constexpr const char* kAttribute = "generator-info-name";
+// As the plug-in sees it.
+Format FormatOf(const std::string& name) {
   CSimpleXMLReader reader;
-  CSafeNode node;
-  if (!reader.Open(std::string_view(name), true, false, true)) return std::nullopt;
-  reader.ReadRoot(node);
-  if (SameLetters(node.GetAttribute(kAttribute).View(), "XMLTV")) {
-    if (node.name == "tv") return std::nullopt;
-    return Stop{root.begin, "a line break or tab behind the name of <tv>"};
-  }
-  for (const MarkupAttribute& attribute : AttributesOf(bytes, root)) {
-    if (attribute.name != kAttribute) continue;
-    if (SameLetters(attribute.value, "XMLTV")) {
-      return Stop{root.begin, OddityOf(bytes, root) + " of <tv> hides its " + kAttribute};
-    }
-    return Stop{root.begin, std::string(kAttribute) + " of <tv> is " + Quoted(attribute.value) +
-                                ", and only \"XMLTV\" is known"};
-  }
-  return Stop{root.begin,
-              std::string("<tv> has no ") + kAttribute + "=\"XMLTV\", by which guides are known"};
+  CSafeNode root;
+  if (!reader.Open(std::string_view(name), true, false, true)) return Format::kOther;
+  reader.ReadRoot(root);
+  const ORVANE::MSTR name_space = root.GetAttribute("xmlns");
+  if (EqualIgnoringCase(name_space, kMakerNamespace)) return Format::kCache;
+  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) return Format::kTitanTV;
+  if (EqualIgnoringCase(root.GetAttribute(kGenerator), "XMLTV")) return Format::kXmltv;
+  return Format::kOther;
 }
 
-std::optional<Stop> NoChannel(std::string_view bytes) {
-  std::optional<Stop> first_programme;
-  Markup markup = {};
-  for (std::size_t at = 0; FindMarkup(bytes, at, markup); at = markup.end) {
-    if (markup.name == "channel") return std::nullopt;
-    if (!first_programme && markup.name == "programme")
-      first_programme = {markup.begin, "no <channel> says what stations there are"};
+// Why an XMLTV guide is not taken for one, in as many ways as there are.
+void FindHiddenMark(std::string_view bytes, const Markup& root, bool is_seen,
+                    std::vector<Stop>& stops) {
+  const TagParts parts = PartsOf(bytes, root);
+  const std::string_view generator = parts.ValueOf(kGenerator);
+  if (parts.attributes.end() ==
+      std::find_if(parts.attributes.begin(), parts.attributes.end(),
+                   [](const TagAttribute& attribute) { return attribute.name == kGenerator; })) {
+    stops.push_back({root.begin, std::string("<tv> has no ") + kGenerator +
+                                     "=\"XMLTV\", by which the plug-in knows XMLTV"});
+  } else if (!SameLetters(generator, "XMLTV")) {
+    stops.push_back({root.begin, std::string(kGenerator) + " of <tv> is " + Quoted(generator) +
+                                     ", and the plug-in knows XMLTV by \"XMLTV\""});
   }
-  return first_programme;
+  const std::string oddity = AttributeOddity(bytes, root);
+  if (!is_seen && !oddity.empty())
+    stops.push_back({root.begin, oddity + ", which hides what stands in the tag"});
+}
+
+std::optional<Stop> NoChannel(std::string_view bytes, const Markup& root) {
+  Stop stop = {root.begin, "no <channel> says what stations there are"};
+  Markup markup = {};
+  int depth = 0;
+  for (std::size_t at = root.begin; FindMarkup(bytes, at, markup); at = markup.end) {
+    if (depth == 1 && markup.IsElement() && markup.name == "channel") return std::nullopt;
+    if (depth == 1 && markup.IsElement() && stop.at == root.begin) stop.at = markup.begin;
+    if (markup.kind == MarkupKind::kStart) ++depth;
+    if (markup.kind == MarkupKind::kEnd) --depth;
+  }
+  return stop;
+}
+
+// The plug-in's own reason, at the element that it names, if it names one.
+Stop SaidByPlugin(std::string_view bytes, const Markup& root, const std::string& reason) {
+  const std::size_t begin = reason.find('<') + 1;
+  const std::string name = begin == 0 ? "" : reason.substr(begin, reason.find('>', begin) - begin);
+  Markup markup = {};
+  for (std::size_t at = root.end; !name.empty() && FindMarkup(bytes, at, markup); at = markup.end) {
+    if (markup.IsElement() && markup.name == name)
+      return {markup.begin, "the plug-in says " + Quoted(reason)};
+  }
+  return {root.begin, "the plug-in says " + Quoted(reason)};
 }
 
 // In the order of the file, and one at least.
-std::vector<Stop> FindStops(const std::string& name, std::string_view bytes,
-                            const std::string& reason) {
-  if (bytes.empty()) return {{0, "it is empty, or compressed"}};
-  if (bytes.substr(0, 4).find('\0') != std::string_view::npos || bytes.starts_with("\xff\xfe"))
-    return {{0, "it is written in UTF-16 or UTF-32, and bytes are taken as they stand"}};
+std::vector<Stop> FindStops(const File& file, const std::string& reason) {
+  const std::string_view bytes = file.bytes;
+  if (file.is_packed) return {{0, "it is compressed"}};
+  if (bytes.find_first_not_of(kBlanks) == std::string_view::npos) return {{0, "it is empty"}};
+  const std::string_view beginning = bytes.substr(0, 2);
+  if (beginning == "\xff\xfe" || beginning == "\xfe\xff" ||
+      beginning.find('\0') != std::string_view::npos)
+    return {{0, "it is in UTF-16 or UTF-32, and the plug-in takes bytes as they stand"}};
+  Markup root = {};
+  if (!FindRoot(bytes, root)) return {{0, "it holds no element"}};
+
   std::vector<Stop> stops;
-  const auto add = [&stops](std::optional<Stop> stop) {
+  const Format format = FormatOf(file.name);
+  const bool may_be_xmltv = format == Format::kXmltv || root.name == "tv";
+  if (format == Format::kOther && !may_be_xmltv && root.name != "Programmes") {
+    stops.push_back({root.begin, ShownTag(root.name) + " begins none of the formats"});
+  } else if (format != Format::kTitanTV) {
+    std::optional<Stop> stop = WalkAsImporters(file.name, bytes);
+    if (may_be_xmltv) FindHiddenMark(bytes, root, format == Format::kXmltv, stops);
     if (stop) stops.push_back(std::move(*stop));
-  };
-  const std::optional<Markup> root = RootOf(bytes);
-  const bool is_xmltv = root && root->name == "tv";
-  Walk walk(name, bytes);
-  add(walk.Run());
-  if (is_xmltv && walk.RootBegin() < root->begin) {
-    add(Stop{walk.RootBegin(), "an element inside a comment is taken for the first of the file"});
-  } else if (is_xmltv) {
-    add(NotRecognised(name, bytes, *root));
+    if (may_be_xmltv) {
+      if (auto none = NoChannel(bytes, root)) stops.push_back(std::move(*none));
+    }
   }
-  if (is_xmltv) add(NoChannel(bytes));
-  if (stops.empty()) stops.push_back({root ? root->begin : 0, "its message is " + Quoted(reason)});
+  if (stops.empty()) stops.push_back(SaidByPlugin(bytes, root, reason));
   std::stable_sort(stops.begin(), stops.end(),
                    [](const Stop& a, const Stop& b) { return a.at < b.at; });
   return stops;
 }
 
-// "LINE:COLUMN", both from 1, columns in bytes.
-std::string PlaceOf(std::string_view bytes, std::size_t at) {
-  const std::string_view before = bytes.substr(0, at);
+// "NAME:LINE:COLUMN: ", both from 1, columns in bytes.
+std::string PlaceOf(const File& file, std::size_t at) {
+  const std::string_view before = std::string_view(file.bytes).substr(0, at);
   const auto line = 1 + std::count(before.begin(), before.end(), '\n');
   const std::size_t line_begin = before.rfind('\n') + 1;  // 0 in the first one
-  return std::to_string(line) + ":" + std::to_string(before.size() - line_begin + 1);
+  return Shown(file.name) + ":" + std::to_string(line) + ":" +
+         std::to_string(before.size() - line_begin + 1) + ": ";
+}
+
+std::string Answer(const File& file, const Verdict& verdict) {
+  if (verdict.store != nullptr) {
+    bool has_items = false;
+    for (std::int32_t station = 0; station < verdict.store->GetStationCount(); ++station)
+      has_items = has_items || verdict.store->GetStation(station)->GetProgramCount() > 0;
+    return Shown(file.name) + ": the plug-in takes it" +
+           (has_items ? ": " : ", and no programme arrives: ") +
+           std::string(verdict.store->GetStatistics().View()) + "\n";
+  }
+  std::string text;
+  for (const Stop& stop : FindStops(file, verdict.reason)) {
+    text += PlaceOf(file, stop.at) +
+            (text.empty() ? "the plug-in does not take it: " : "nor would it then: ") + stop.rule +
+            "\n";
+  }
+  return text;
+}
+
+std::string LossesOf(const File& file, bool is_taken, const Options& options) {
+  Markup root = {};
+  if (!FindRoot(file.bytes, root) || root.name != "tv") {
+    return is_taken ? "What it loses is known of XMLTV guides alone.\n" : "";
+  }
+  const Losses losses = FindLosses(file.name, file.bytes, options);
+  std::string text = losses.fault;
+  if (losses.counts.empty()) return text + (is_taken && text.empty() ? "Nothing is lost.\n" : "");
+  text += is_taken ? "It loses or alters:\n" : "Taken all the same, it would lose or alter:\n";
+  for (const Loss& loss : losses.counts) {
+    char count[32] = "";
+    std::snprintf(count, sizeof count, "%9llu  ", static_cast<unsigned long long>(loss.count));
+    text += count + loss.what + "\n";
+  }
+  return text;
 }
 
 }  // namespace
 
 int CheckFile(const Options& options) {
-  const std::string& name = options.inputs.front();
-  const std::string bytes = WholeFile(options);
-  const Verdict verdict = AskPlugin(name);
-  std::string text = Shown(name);
-  if (verdict.taken) {
-    text += ": the plug-in takes it: " + verdict.text + "\n";
-  } else {
-    const std::vector<Stop> stops = FindStops(name, bytes, verdict.text);
-    text += ":" + PlaceOf(bytes, stops.front().at) +
-            ": the plug-in does not take it: " + stops.front().rule + "\n";
-    for (auto stop = stops.begin() + 1; stop != stops.end(); ++stop)
-      text += Shown(name) + ":" + PlaceOf(bytes, stop->at) + ": nor would it then: " + stop->rule +
-              "\n";
-  }
-  const std::vector<Loss> losses = FindLosses(name, bytes, options);
-  if (!losses.empty()) {
-    text +=
-        verdict.taken ? "It loses or alters:\n" : "Taken all the same, it would lose or alter:\n";
-  } else if (verdict.taken) {
-    text += "Nothing is lost.\n";
-  }
-  for (const Loss& loss : losses) {
-    std::string count = std::to_string(loss.count);
-    count.insert(0, 9 - std::min<std::size_t>(count.size(), 9), ' ');
-    text += count + "  " + loss.what + "\n";
-  }
-  if (!name.ends_with(".xml"))
-    text += "Scripts name a listings file without its \".xml\", so it has to be called so.\n";
+  const File file = ReadWhole(options);
+  const Verdict verdict = AskPlugin(file.name);
+  const bool is_taken = verdict.store != nullptr;
+  std::string text = Answer(file, verdict) + LossesOf(file, is_taken, options);
+  if (!file.name.ends_with(".xml"))
+    text += "Scripts name listings without their \".xml\", so the file has to be called so.\n";
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
-  return verdict.taken ? 0 : 1;
+  return is_taken ? 0 : 1;
 }
 
 }  // namespace epgcache

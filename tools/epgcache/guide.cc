@@ -20,6 +20,10 @@ constexpr std::int32_t kLongestNight = 12 * 60;
 // In place of a text's number: nobody has read it.
 constexpr std::uint32_t kNoText = std::numeric_limits<std::uint32_t>::max();
 
+void Mark(Guide::Item& item, Repair repair) {
+  item.repairs = static_cast<std::uint16_t>(item.repairs | 1U << repair);
+}
+
 bool IsCalled(const Guide::Station& station, std::string_view name) {
   return SameLetters(station.id, name) ||
          std::any_of(station.names.begin(), station.names.end(),
@@ -60,8 +64,12 @@ int Guide::PlaceOf(const Station& station) const {
 }
 
 void Guide::Take(const Channel& channel) {
+  if (channel.id.empty()) {
+    ++tally_.channels_without_id;
+    return;
+  }
   Station& station = stations_[StationOf(channel.id)];
-  if (station.declared) return;
+  if (!station.names.empty()) return;
   station.declared = true;
   station.names = channel.names;
   station.place = PlaceOf(station);
@@ -74,10 +82,11 @@ bool Guide::ReadTimes(const Programme& programme) {
   const auto stop = ParseXmltvTime(programme.stop, options_.zone);
   item_.start = start->minutes;
   item_.end = stop ? stop->minutes : kNoEnd;
-  if (!stop && !programme.stop.empty()) ++tally_.unreadable_stop;
-  if (start->zone_unknown || (stop && stop->zone_unknown)) ++tally_.unknown_zone;
+  item_.repairs = 0;
+  if (!stop && !programme.stop.empty()) Mark(item_, kUnreadableStop);
+  if (start->zone_unknown || (stop && stop->zone_unknown)) Mark(item_, kUnknownZone);
   if (stop && item_.end <= item_.start) {
-    ++tally_.stop_before_start;
+    Mark(item_, kStopNotAfterStart);
     const std::int64_t next_day = std::int64_t{item_.end} + 1440;
     const bool fits = next_day > item_.start && next_day - item_.start <= kLongestNight;
     item_.end = fits && next_day <= kLatest ? static_cast<std::int32_t>(next_day) : kNoEnd;
@@ -148,9 +157,11 @@ Lacking Guide::LackingOfDetails(std::uint32_t number) const {
 void Guide::Finish() {
   ChooseStations();
   for (Station& station : stations_) {
-    Merge(station);
-    SetEnds(station);
-    CutToTime(station);
+    LeaveOneAStart(station.items);
+    SetMissingEnds(station.items);
+    if (input_ > 0) MergeInputs(station.items);
+    FindOverlaps(station.items);
+    CutToTime(station.items);
   }
   // Programmes alone have made it, and none is left.
   std::erase_if(stations_,
@@ -175,59 +186,75 @@ void Guide::ChooseStations() {
                    [](const Station& a, const Station& b) { return a.place < b.place; });
 }
 
-// Leaves one programme a start: an earlier input's, or the richest of an input. And none of a later
-// input where an earlier one has something on.
-void Guide::Merge(Station& station) {
-  std::stable_sort(station.items.begin(), station.items.end(), [](const Item& a, const Item& b) {
-    if (a.start != b.start) return a.start < b.start;
+// Sorts an input's items behind those of the one before, and leaves the richest of each start.
+void Guide::LeaveOneAStart(std::vector<Item>& items) {
+  std::stable_sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
     if (a.input != b.input) return a.input < b.input;
+    if (a.start != b.start) return a.start < b.start;
     return a.richness > b.richness;
   });
+  const auto end = std::unique(items.begin(), items.end(), [](const Item& a, const Item& b) {
+    return a.input == b.input && a.start == b.start;
+  });
+  tally_.same_start += static_cast<std::uint64_t>(items.end() - end);
+  items.erase(end, items.end());
+}
+
+// Within each input: what another one says is no reason to end a programme.
+void Guide::SetMissingEnds(std::vector<Item>& items) const {
+  for (auto item = items.begin(); item != items.end(); ++item) {
+    if (item->end != kNoEnd) continue;
+    const auto next = std::next(item);
+    const bool has_next = next != items.end() && next->input == item->input;
+    const std::int64_t longest = std::int64_t{item->start} + options_.default_length;
+    const std::int64_t end = has_next ? std::min<std::int64_t>(next->start, longest) : longest;
+    Mark(*item, has_next && end == next->start ? kEndedByNext : kEndedByLength);
+    item->end = static_cast<std::int32_t>(std::min<std::int64_t>(end, kLatest));
+  }
+}
+
+// Where an earlier input has something on, a later one's programme does not begin, or ends.
+void Guide::MergeInputs(std::vector<Item>& items) {
+  std::stable_sort(items.begin(), items.end(),
+                   [](const Item& a, const Item& b) { return a.start < b.start; });
+  const std::size_t inputs = std::size_t{input_} + 1;
   // Up to when the programmes of an input, and all before it, are on.
-  std::vector<std::int64_t> reach(std::size_t{input_} + 1, kNoEnd);
-  std::int64_t kept_start = kNoEnd;
-  std::erase_if(station.items, [&](const Item& item) {
-    if (item.input > 0 && reach[item.input - 1] > item.start) {
-      ++tally_.in_earlier_input;
-      return true;
-    }
-    if (kept_start == item.start) {
-      ++tally_.same_start;
-      return true;
-    }
-    kept_start = item.start;
+  std::vector<std::int64_t> reach(inputs, kNoEnd);
+  tally_.in_earlier_input += std::erase_if(items, [&reach](const Item& item) {
+    if (item.input > 0 && reach[item.input - 1U] > item.start) return true;
     const std::int64_t end = std::max<std::int64_t>(item.end, std::int64_t{item.start} + 1);
     for (std::size_t input = item.input; input < reach.size() && reach[input] < end; ++input)
       reach[input] = end;
     return false;
   });
-}
-
-bool Guide::IsInTime(const Item& item) const {
-  return item.start < options_.to && item.end > options_.from;
-}
-
-void Guide::SetEnds(Station& station) {
-  for (auto item = station.items.begin(); item != station.items.end(); ++item) {
-    const auto next = std::next(item);
-    const std::int64_t next_start =
-        next != station.items.end() ? next->start : std::numeric_limits<std::int64_t>::max();
-    std::uint64_t* mended = nullptr;
-    if (item->end == kNoEnd) {
-      const std::int64_t longest = std::int64_t{item->start} + options_.default_length;
-      mended = next_start <= longest ? &tally_.ended_by_next : &tally_.ended_by_length;
-      item->end = static_cast<std::int32_t>(std::min<std::int64_t>({next_start, longest, kLatest}));
-    } else if (item->end > next_start) {
-      mended = &tally_.overlaps;
-      if (options_.cut_overlaps) item->end = static_cast<std::int32_t>(next_start);
+  // And from when on the next ones are.
+  std::vector<std::int32_t> begin(inputs, kLatest);
+  for (auto item = items.rbegin(); item != items.rend(); ++item) {
+    if (item->input > 0 && begin[item->input - 1U] < item->end) {
+      item->end = begin[item->input - 1U];
+      Mark(*item, kCutByEarlierInput);
     }
-    if (mended != nullptr && IsInTime(*item)) ++*mended;
+    std::fill(begin.begin() + item->input, begin.end(), item->start);
   }
 }
 
-void Guide::CutToTime(Station& station) {
-  tally_.outside_time +=
-      std::erase_if(station.items, [this](const Item& item) { return !IsInTime(item); });
+void Guide::FindOverlaps(std::vector<Item>& items) const {
+  for (std::size_t i = 1; i < items.size(); ++i) {
+    Item& item = items[i - 1];
+    if (item.end <= items[i].start) continue;
+    Mark(item, kOverlap);
+    if (options_.cut_overlaps) item.end = items[i].start;
+  }
+}
+
+void Guide::CutToTime(std::vector<Item>& items) {
+  tally_.outside_time += std::erase_if(items, [this](const Item& item) {
+    return item.start >= options_.to || item.end <= options_.from;
+  });
+  for (const Item& item : items) {
+    for (std::size_t repair = 0; repair < kRepairs; ++repair)
+      tally_.repaired[repair] += item.repairs >> repair & 1U;
+  }
 }
 
 }  // namespace epgcache

@@ -25,22 +25,30 @@ struct GuideOptions {
   std::int32_t default_length = 0;  // minutes, of a programme that nothing ends
   bool cut_overlaps = false;
   // What is kept: programmes that are on at some time in here.
-  std::int32_t from = 0;
-  std::int32_t to = std::numeric_limits<std::int32_t>::max();
+  std::int64_t from = 0;
+  std::int64_t to = std::numeric_limits<std::int64_t>::max();
   // And on these stations, by id or name; in this order. Empty: all, in the order of the guides.
   std::vector<std::string> stations;
 };
 
-// What has been done to the guides, in numbers of programmes, or of stations where that is said.
+// What may be mended in a programme; as an index of counts, or a bit of an item.
+enum Repair : std::size_t {
+  kUnreadableStop,
+  kStopNotAfterStart,
+  kEndedByNext,
+  kEndedByLength,
+  kUnknownZone,
+  kCutByEarlierInput,
+  kOverlap,  // cut or kept
+  kRepairs,
+};
+
+// What has been done to the guides, in numbers of programmes where nothing else is said.
 struct GuideTally {
   std::uint64_t undeclared_stations = 0;
-  std::uint64_t ended_by_next = 0;
-  std::uint64_t ended_by_length = 0;
-  std::uint64_t unreadable_stop = 0;  // then as without a stop
-  std::uint64_t stop_before_start = 0;
-  std::uint64_t unknown_zone = 0;
-  std::uint64_t overlaps = 0;  // cut or kept
+  std::array<std::uint64_t, kRepairs> repaired = {};
 
+  std::uint64_t channels_without_id = 0;
   std::uint64_t without_channel = 0;
   std::uint64_t without_start = 0;
   std::uint64_t same_start = 0;
@@ -58,7 +66,8 @@ class Guide final : public GuideConsumer {
     std::uint32_t programme;  // its text's number
     std::uint32_t details;    // that of the item's own fields
     std::uint32_t richness;
-    std::uint32_t input;
+    std::uint16_t input;
+    std::uint16_t repairs;  // a bit each
   };
   static constexpr std::int32_t kNoEnd = -1;
 
@@ -74,6 +83,8 @@ class Guide final : public GuideConsumer {
 
   // Both outlive the guide.
   Guide(const GuideOptions& options, TargetText& text);
+
+  static constexpr std::size_t kMostInputs = 60'000;
 
   // What comes from now on stands in another input.
   void NextInput() { ++input_; }
@@ -112,10 +123,11 @@ class Guide final : public GuideConsumer {
   template <std::size_t kCount>
   std::uint32_t File(const std::array<std::string, kCount>& fields, char mark, Fields& where);
   void ChooseStations();
-  bool IsInTime(const Item& item) const;
-  void Merge(Station& station);
-  void SetEnds(Station& station);
-  void CutToTime(Station& station);
+  void LeaveOneAStart(std::vector<Item>& items);
+  void SetMissingEnds(std::vector<Item>& items) const;
+  void MergeInputs(std::vector<Item>& items);
+  void FindOverlaps(std::vector<Item>& items) const;
+  void CutToTime(std::vector<Item>& items);
 
   const GuideOptions& options_;
   TargetText& text_;
@@ -126,7 +138,7 @@ class Guide final : public GuideConsumer {
   Fields programmes_;
   Fields details_;
   std::vector<std::string> missing_;
-  std::uint32_t input_ = 0;
+  std::uint16_t input_ = 0;
 
   // The programme that has begun.
   std::size_t station_ = 0;

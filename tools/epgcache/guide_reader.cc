@@ -12,6 +12,7 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include "tools/epgcache/failure.h"
@@ -34,17 +35,31 @@ void AppendListed(std::string& list, std::string_view entry) {
 // A start tag as the parser reports it. Names are the parser's, and live as long as it does.
 class StartTag {
  public:
-  StartTag(const xmlChar* name, int attributes, const xmlChar** fields)
-      : name_(View(name)), attributes_(attributes), fields_(fields) {}
+  // An element with a prefix belongs to somebody else, whatever it is called.
+  StartTag(const xmlChar* name, const xmlChar* prefix, int attributes, const xmlChar** fields)
+      : name_(prefix == nullptr ? View(name) : "(foreign)"),
+        attributes_(attributes),
+        fields_(fields) {}
 
   std::string_view Name() const { return name_; }
+
+  // How many bytes its values have.
+  std::size_t ValueBytes() const {
+    std::size_t bytes = 0;
+    for (int i = 0; i < attributes_; ++i) {
+      const xmlChar* const* const field = fields_ + static_cast<std::ptrdiff_t>(i) * 5;
+      bytes += static_cast<std::size_t>(field[4] - field[3]);
+    }
+    return bytes;
+  }
 
   // Empty when there is none.
   std::string_view Attribute(std::string_view name) const {
     // Each has a name, a prefix, a namespace, and where its value begins and ends.
     for (int i = 0; i < attributes_; ++i) {
       const xmlChar* const* const field = fields_ + static_cast<std::ptrdiff_t>(i) * 5;
-      if (View(field[0]) == name)
+      // "xml:lang" is as good as "lang".
+      if (View(field[0]) == name && (field[1] == nullptr || View(field[1]) == "xml"))
         return View(field[3]).substr(0, static_cast<std::size_t>(field[4] - field[3]));
     }
     return {};
@@ -66,7 +81,10 @@ bool SaysHd(std::string_view quality) {
 }
 
 bool SaysStereo(std::string_view sound) {
-  return !IsBlank(sound) && !SameLetters(sound, "mono") && !SameLetters(sound, "bilingual");
+  constexpr std::string_view kOthers[] = {"", "mono", "bilingual", "none", "no"};
+  return std::none_of(std::begin(kOthers), std::end(kOthers), [sound](std::string_view other) {
+    return SameLetters(Trimmed(sound), other);
+  });
 }
 
 // The elements within one programme or channel, gathered into a record.
@@ -179,7 +197,7 @@ class Gatherer {
         AppendListed(prog[kActors], text);
     } else if (element_ == "video") {
       if (part == "aspect") item[kAspect] = text;
-      if (part == "colour" && text == "no") prog[kBlackAndWhite] = "Y";
+      if (part == "colour" && Trimmed(text) == "no") prog[kBlackAndWhite] = "Y";
       if (part == "quality" && SaysHd(text)) item[kHd] = "Y";
     } else if (element_ == "audio") {
       if (part == "stereo" && SaysStereo(text)) item[kStereo] = "Y";
@@ -229,14 +247,12 @@ class Gatherer {
       categories_.clear();
     }
     ranks_[kGenre] = rank_;
-    if (std::find(categories_.begin(), categories_.end(), text) != categories_.end()) return;
-    categories_.emplace_back(text);
-    AppendListed(genre, text);
+    if (categories_.emplace(text).second) AppendListed(genre, text);
   }
 
   void TakeRating(std::string_view value) {
     if (SameLetters(system_, "BBFC")) {
-      programme_.prog[kRatingBbfc] = value;
+      if (programme_.prog[kRatingBbfc].empty()) programme_.prog[kRatingBbfc] = value;
     } else {
       AppendListed(programme_.item[kRatingOther], system_.empty()
                                                       ? std::string(value)
@@ -268,7 +284,7 @@ class Gatherer {
   std::vector<std::pair<int, std::string>> names_;
   std::array<int, kProgFields> ranks_ = {};
   int premiere_rank_ = kNoRank;
-  std::vector<std::string> categories_;
+  std::unordered_set<std::string> categories_;
   std::string episode_;
   std::string episode_on_screen_;
 
@@ -285,17 +301,19 @@ class Parser {
   explicit Parser(ByteSource& source) : source_(source) {
     xmlSAXHandler handler = {};
     xmlSAXVersion(&handler, 2);
-    handler.startElementNs = [](void* context, const xmlChar* name, const xmlChar*, const xmlChar*,
-                                int, const xmlChar**, int attributes, int /*defaults*/,
-                                const xmlChar** fields) {
-      Of(context).Guard(context, [&](Parser& parser) { parser.Begin({name, attributes, fields}); });
+    handler.startElementNs = [](void* context, const xmlChar* name, const xmlChar* prefix,
+                                const xmlChar*, int, const xmlChar**, int attributes,
+                                int /*defaults*/, const xmlChar** fields) {
+      Of(context).Guard(context, [&](Parser& parser) {
+        parser.BeginWithin({name, prefix, attributes, fields});
+      });
     };
     handler.endElementNs = [](void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
       Of(context).Guard(context, [](Parser& parser) { parser.End(); });
     };
     handler.characters = [](void* context, const xmlChar* text, int size) {
       Of(context).Guard(context, [&](Parser& parser) {
-        parser.Add({reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)});
+        parser.AddWithin({reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)});
       });
     };
     handler.cdataBlock = handler.characters;
@@ -313,10 +331,15 @@ class Parser {
     context_->_private = this;
     xmlCtxtUseOptions(context_, XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOCDATA);
     xmlSetExternalEntityLoader(RefuseExternal);
+    // Of what goes wrong outside all documents.
+    xmlSetStructuredErrorFunc(this, [](void* self, xmlErrorPtr error) {
+      if (error->level >= XML_ERR_ERROR) static_cast<Parser*>(self)->conversion_failed_ = true;
+    });
   }
   Parser(const Parser&) = delete;
   Parser& operator=(const Parser&) = delete;
   virtual ~Parser() {
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
     if (context_ == nullptr) return;
     // Of the document type's entities.
     xmlFreeDoc(context_->myDoc);
@@ -334,17 +357,15 @@ class Parser {
   // comes out of here.
   Fault Parse() {
     xmlParseDocument(context_);
-    if (thrown_ != nullptr && !source_failed_) Rethrow();
-    if (source_failed_ || !external_.empty()) {
-      fault_.line = std::max(1, xmlSAX2GetLineNumber(context_));
-      fault_.column = std::max(1, xmlSAX2GetColumnNumber(context_));
-    }
     if (source_failed_) {
+      if (fault_.reason.empty()) SetFault("");
       fault_.reason = SourceFailure();
-    } else if (!external_.empty()) {
-      fault_.reason = "an entity refers to \"" + external_ + "\", which is not followed";
+    } else if (thrown_ != nullptr) {
+      Rethrow();
     } else if (fault_.reason.empty() && context_->wellFormed == 0) {
       throw std::bad_alloc();
+    } else if (!fault_.reason.empty() && conversion_failed_) {
+      fault_.reason = "a byte that its encoding does not have";
     }
     return std::move(fault_);
   }
@@ -364,16 +385,43 @@ class Parser {
   // No exception may pass through the library. `context` is another than ours within an entity.
   template <typename Action>
   void Guard(void* context, const Action& action) {
-    if (thrown_ == nullptr && external_.empty()) {
+    if (!is_over_) {
       try {
         action(*this);
-        return;
       } catch (...) {
         thrown_ = std::current_exception();
+        is_over_ = true;
       }
     }
+    if (!is_over_) return;
     xmlStopParser(static_cast<xmlParserCtxt*>(context));
     xmlStopParser(context_);
+  }
+
+  // Texts and values may not grow far beyond what has been read, as only entities make them do.
+  void Budget(std::size_t bytes) {
+    constexpr std::uint64_t kFree = std::uint64_t{10} << 20;
+    constexpr std::uint64_t kTimes = 5;
+    delivered_ += bytes;
+    if (delivered_ > kFree + kTimes * source_.Unpacked())
+      SetFault("its entities expand to far more than it holds");
+  }
+
+  void BeginWithin(const StartTag& tag) {
+    Budget(tag.ValueBytes());
+    if (!is_over_) Begin(tag);
+  }
+
+  void AddWithin(std::string_view text) {
+    Budget(text.size());
+    if (!is_over_) Add(text);
+  }
+
+  // At the place where the document is being read, be it within an entity of it.
+  void SetFault(const std::string& reason) {
+    fault_ = {std::max(1, xmlSAX2GetLineNumber(context_)),
+              std::max(1, xmlSAX2GetColumnNumber(context_)), reason};
+    is_over_ = true;
   }
 
   static int ReadBytes(void* self, char* buffer, int size) {
@@ -383,14 +431,18 @@ class Parser {
     } catch (...) {
       parser.thrown_ = std::current_exception();
       parser.source_failed_ = true;
-      return -1;
+      // What has been read is parsed all the same.
+      return 0;
     }
   }
 
   static xmlParserInputPtr RefuseExternal(const char* url, const char* /*id*/,
                                           xmlParserCtxtPtr context) {
     Parser& parser = Of(context);
-    if (parser.external_.empty()) parser.external_ = url != nullptr ? Shown(url) : "?";
+    if (!parser.is_over_) {
+      parser.SetFault("an entity refers to \"" + (url != nullptr ? Shown(url) : "?") +
+                      "\", which is not followed");
+    }
     xmlStopParser(context);
     xmlStopParser(parser.context_);
     return nullptr;
@@ -400,8 +452,10 @@ class Parser {
     if (error.level != XML_ERR_FATAL || !fault_.reason.empty() || error.code == XML_ERR_NO_MEMORY)
       return;
     std::string_view message = error.message != nullptr ? error.message : "not well-formed";
-    while (!message.empty() && message.back() == '\n') message.remove_suffix(1);
-    fault_ = {error.line, error.int2, Shown(message)};
+    SetFault(Shown(message.substr(0, message.find('\n'))));
+    if (error.ctxt != context_) return;
+    fault_.line = error.line;
+    fault_.column = error.int2;
   }
 
   // Its name stands before the place.
@@ -417,7 +471,9 @@ class Parser {
   xmlParserCtxt* context_ = nullptr;  // Owned.
   std::exception_ptr thrown_;
   bool source_failed_ = false;
-  std::string external_;  // what an external entity would have opened
+  bool conversion_failed_ = false;
+  bool is_over_ = false;  // whatever is still reported
+  std::uint64_t delivered_ = 0;
   Fault fault_;
 };
 
@@ -503,7 +559,8 @@ class Reading final : public Parser {
     std::string_view beginning = Source().Beginning();
     beginning.remove_prefix(std::min(beginning.find_first_not_of(" \t\r\n"), beginning.size()));
     if (beginning.empty()) throw Failure(Source().Name() + ": is empty");
-    if (BeginsWithLetters(beginning, "<!doctype html")) RefuseHtml();
+    if (BeginsWithLetters(beginning, "<!doctype html") || BeginsWithLetters(beginning, "<html"))
+      RefuseHtml();
     throw Failure(Source().Name() + ":" + std::to_string(outcome_.fault.line) + ":" +
                   std::to_string(outcome_.fault.column) +
                   ": is not an XMLTV guide: " + outcome_.fault.reason);

@@ -1,17 +1,26 @@
 #include "tools/epgcache/losses.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
+#include "host/mstr.h"
+#include "schedule/key_hash.h"
+#include "schedule/time_value.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/guide_reader.h"
 #include "tools/epgcache/markup.h"
 #include "tools/epgcache/programme.h"
+#include "tools/epgcache/reader_walk.h"
 #include "tools/epgcache/text.h"
 #include "tools/epgcache/xmltv_time.h"
+#include "xml/safe_node.h"
+#include "xml/simple_xml_reader.h"
 
 namespace epgcache {
 
@@ -22,107 +31,195 @@ bool IsOneOf(std::string_view name, const std::string_view (&names)[kCount]) {
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
+// What the plug-in's reader hands on of a tag, up to the first '>' that it meets.
+std::string TagAsRead(std::string_view bytes, const Markup& tag) {
+  constexpr std::pair<std::string_view, char> kReferences[] = {
+      {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+  std::string text;
+  bool in_quotes = false;
+  for (std::size_t at = tag.begin + 1; at < tag.end && bytes[at] != '>'; ++at) {
+    const char byte = bytes[at];
+    if (byte == '&') {
+      const std::size_t end = std::min(bytes.find(';', at), tag.end);
+      for (const auto& [name, character] : kReferences) {
+        if (SameLetters(bytes.substr(at + 1, end - at - 1), name)) text += character;
+      }
+      at = end;
+      continue;
+    }
+    if (byte == '"' || byte == '\'') in_quotes = !in_quotes;
+    if (byte != '/' || in_quotes) text += byte;
+  }
+  return text;
+}
+
 // What the bytes hold that the plug-in's reader takes in a way of its own.
-class Bytes {
+class BytesAsRead {
  public:
-  explicit Bytes(std::string_view bytes) {
+  explicit BytesAsRead(std::string_view bytes) : bytes_(bytes) {
     std::size_t at = 0;
+    int depth = 0;
     for (Markup markup = {}; FindMarkup(bytes, at, markup); at = markup.end) {
       CountReferences(bytes.substr(at, markup.begin - at));
-      if (markup.kind == MarkupKind::kComment &&
-          bytes.substr(markup.begin + 1, markup.end - markup.begin - 1).find('<') !=
-              std::string_view::npos)
-        ++living_comments;
-      // Of the others the plug-in uses no attributes.
-      if (IsOneOf(markup.name, {"channel", "programme", "rating"}) &&
-          markup.kind != MarkupKind::kEnd)
-        CountAttributes(bytes, markup);
+      if (markup.kind == MarkupKind::kComment || markup.kind == MarkupKind::kOther) {
+        const auto inside = bytes.substr(markup.begin + 1, markup.end - markup.begin - 1);
+        if (inside.find_first_of("<&") != std::string_view::npos) ++living_comments;
+      } else if (markup.IsElement()) {
+        if (depth == 1) TakeRecord(markup);
+        if (markup.name == "rating" && IsOdd(markup)) ++misread_tags;
+      }
+      if (markup.kind == MarkupKind::kStart) ++depth;
+      if (markup.kind == MarkupKind::kEnd) --depth;
     }
     CountReferences(bytes.substr(at));
+    const std::string_view encoding = DeclaredEncoding();
+    if (!encoding.empty() && !SameLetters(encoding, "UTF-8")) {
+      foreign_bytes =
+          static_cast<std::uint64_t>(std::count_if(bytes.begin(), bytes.end(), [](char byte) {
+            return static_cast<unsigned char>(byte) >= 0x80;
+          }));
+    }
+  }
+
+  std::string_view DeclaredEncoding() const {
+    Markup markup = {};
+    if (!FindMarkup(bytes_, 0, markup) || !bytes_.substr(markup.begin).starts_with("<?xml "))
+      return {};
+    return PartsOf(bytes_, markup).ValueOf("encoding");
   }
 
   std::uint64_t numeric_references = 0;
   std::uint64_t other_references = 0;
+  std::uint64_t bare_ampersands = 0;
   std::uint64_t living_comments = 0;
   std::uint64_t misread_tags = 0;
-  std::uint64_t quoting_attributes = 0;
+  std::uint64_t foreign_bytes = 0;
+  std::uint64_t same_channel = 0;
+  std::uint64_t without_station = 0;
+  std::uint64_t without_start = 0;
+  std::uint64_t without_stop = 0;
+  std::uint64_t misread_start = 0;
+  std::uint64_t misread_stop = 0;
+  std::uint64_t same_start = 0;
 
  private:
+  bool IsOdd(const Markup& tag) const { return !AttributeOddity(bytes_, tag).empty(); }
+
   void CountReferences(std::string_view text) {
     for (std::size_t at = 0; (at = text.find('&', at)) != std::string_view::npos; ++at) {
+      if (FindBareAmpersand(text.substr(at, 1 + 40)) == 0) {
+        ++bare_ampersands;
+        continue;
+      }
       const std::string_view name = text.substr(at + 1, text.find(';', at) - at - 1);
+      const auto is_it = [name](std::string_view known) { return SameLetters(name, known); };
+      constexpr std::string_view kKnown[] = {"amp", "lt", "gt", "quot", "apos"};
       if (name.starts_with('#')) {
         ++numeric_references;
-      } else if (!IsOneOf(name, {"amp", "lt", "gt", "quot", "apos"})) {
+      } else if (std::none_of(std::begin(kKnown), std::end(kKnown), is_it)) {
         ++other_references;
       }
     }
   }
 
-  void CountAttributes(std::string_view bytes, const Markup& tag) {
-    bool misread = false;
-    for (const MarkupAttribute& attribute : AttributesOf(bytes, tag)) {
-      misread = misread || attribute.before != " " || attribute.equals != "=";
-      CountReferences(attribute.value);
-      if (attribute.value.find_first_of("'\"") != std::string_view::npos ||
-          attribute.value.find("&apos;") != std::string_view::npos ||
-          attribute.value.find("&quot;") != std::string_view::npos)
-        ++quoting_attributes;
+  void TakeRecord(const Markup& tag) {
+    if (!IsOneOf(tag.name, {"channel", "programme"})) return;
+    const TagParts parts = PartsOf(bytes_, tag);
+    for (const TagAttribute& attribute : parts.attributes) CountReferences(attribute.value);
+    if (IsOdd(tag)) ++misread_tags;
+    CSafeNode node;
+    CSimpleXMLReader::ParseTag(node, TagAsRead(bytes_, tag));
+    if (node.name == "channel") {
+      if (!starts_.try_emplace(std::string(node.GetAttribute("id").View())).second) ++same_channel;
+    } else {
+      const auto station = starts_.find(node.GetAttribute("channel").View());
+      if (station == starts_.end() || !(node.name == "programme")) {
+        ++without_station;
+      } else {
+        TakeTimes(node, parts, station->second);
+      }
     }
-    misread_tags += misread ? 1 : 0;
   }
+
+  // What the importer reads beside what the guide says.
+  void TakeTimes(CSafeNode& node, const TagParts& parts, std::set<std::int32_t>& starts) {
+    const auto start = ParseXmltvTime(parts.ValueOf("start"), Zone());
+    const auto stop = ParseXmltvTime(parts.ValueOf("stop"), Zone());
+    const std::int32_t read_start = ParseTime(TimeLayout::kDigits, node.GetAttribute("start"));
+    const std::int32_t read_stop = ParseTime(TimeLayout::kDigits, node.GetAttribute("stop"));
+    if (!starts.insert(read_start).second) {
+      ++same_start;
+      return;
+    }
+    if (!start) {
+      ++without_start;
+    } else if (read_start != start->minutes || start->zone_unknown) {
+      ++misread_start;
+    }
+    if (!stop) {
+      ++without_stop;
+    } else if (read_stop != stop->minutes || stop->zone_unknown) {
+      ++misread_stop;
+    }
+  }
+
+  std::string_view bytes_;
+  std::map<std::string, std::set<std::int32_t>, std::less<>> starts_;  // of each station
 };
 
 // What the guide says that the plug-in's XMLTV importer has no ear for.
 class Meaning final : public GuideConsumer {
  public:
   void Take(const Channel& channel) override {
-    channels_.insert(channel.id);
     if (channel.names.size() > 2) more_names += channel.names.size() - 2;
   }
 
-  bool Begin(const Programme& programme) override {
-    if (!channels_.contains(programme.channel)) ++without_station;
-    const auto start = ParseXmltvTime(programme.start, Zone());
-    const auto stop = ParseXmltvTime(programme.stop, Zone());
-    if (!start) {
-      ++without_start;
-    } else {
-      if (!starts_[programme.channel].insert(start->minutes).second) ++same_start;
-      if (stop && stop->minutes < start->minutes) ++stop_before_start;
-    }
-    if (!stop) ++without_stop;
-    if (ZoneIsLost(programme.start) || ZoneIsLost(programme.stop)) ++lost_zones;
+  bool Begin(const Programme&) override {
     met_.clear();
     return true;
   }
 
-  void Take(const Programme&) override {}
+  void Take(const Programme& programme) override {
+    const std::string& description = programme.prog[kDescription];
+    if (description.find('<') != std::string::npos || description.find("&#") != std::string::npos)
+      ++resolved_descriptions;
+    // Programmes are the same for the importer when these are; the first one's other fields stay.
+    std::uint64_t same = 0;
+    for (const ProgField field : {kTitle, kEpisodeTitle, kDescription, kActors})
+      same = same * 31 + KeyHash(programme.prog[field]);
+    std::uint64_t other = 0;
+    for (const ProgField field :
+         {kGenre, kDirector, kPublishDate, kRatingBbfc, kStarRating, kBlackAndWhite})
+      other = other * 31 + KeyHash(programme.prog[field]);
+    if (others_.try_emplace(same, other).first->second != other) ++shared_records;
+  }
 
   void Meet(const char* parent, const char* element) override {
     const std::string_view name = element;
     const std::string_view above = parent;
-    const bool known =
-        above == "programme" ? IsOneOf(name, {"title", "category", "desc", "previously-shown",
-                                              "sub-title", "date", "new", "premiere", "rating",
-                                              "star-rating", "video", "subtitles", "credits"})
-        : above == "credits" ? IsOneOf(name, {"director", "actor"})
-        : above == "video"   ? IsOneOf(name, {"aspect", "colour"})
-                             : !IsOneOf(above, {"rating", "star-rating"}) || name == "value";
-    if (!known) {
-      ++unknown_elements;
-      unknown_names_.emplace(name);
-    } else if (IsOneOf(name, {"title", "sub-title", "desc", "category", "date", "star-rating",
-                              "director"})) {
-      if (!met_.emplace(name).second) ++overwritten;
+    if (above == "programme" &&
+        !IsOneOf(name, {"title", "category", "desc", "previously-shown", "sub-title", "date", "new",
+                        "premiere", "rating", "star-rating", "video", "subtitles", "credits"})) {
+      AddUnread(name);
+    } else if (IsOneOf(above, {"credits", "video", "rating", "star-rating", "subtitles"})) {
+      if (!(above == "credits" && IsOneOf(name, {"director", "actor"})) &&
+          !(above == "video" && IsOneOf(name, {"aspect", "colour"})) &&
+          !(above == "rating" && name == "value") && !(above == "star-rating" && name == "value"))
+        AddUnread(std::string(above) + "/" + std::string(name));
+    } else if (IsOneOf(above, {"title", "sub-title", "desc", "category", "date", "premiere"})) {
+      ++elements_in_texts;
     }
+    if (IsOneOf(name, {"title", "sub-title", "desc", "category", "date", "premiere", "star-rating",
+                       "rating", "director"}) &&
+        !met_.emplace(name).second)
+      ++overwritten;
   }
 
-  std::string UnknownNames() const {
+  std::string UnreadNames() const {
     constexpr std::size_t kMost = 8;
     std::string text;
     std::size_t count = 0;
-    for (const std::string& name : unknown_names_) {
+    for (const std::string& name : unread_names_) {
       if (++count > kMost) return text + ", ...";
       text += (text.empty() ? "" : ", ") + Shown(name);
     }
@@ -130,69 +227,65 @@ class Meaning final : public GuideConsumer {
   }
 
   std::uint64_t more_names = 0;
-  std::uint64_t without_station = 0;
-  std::uint64_t without_start = 0;
-  std::uint64_t without_stop = 0;
-  std::uint64_t same_start = 0;
-  std::uint64_t stop_before_start = 0;
-  std::uint64_t lost_zones = 0;
-  std::uint64_t unknown_elements = 0;
+  std::uint64_t unread = 0;
   std::uint64_t overwritten = 0;
+  std::uint64_t elements_in_texts = 0;
+  std::uint64_t resolved_descriptions = 0;
+  std::uint64_t shared_records = 0;
 
  private:
-  // The importer knows a zone by a blank, a sign and four digits, and takes all else as UTC.
-  static bool ZoneIsLost(std::string_view text) {
-    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
-    const std::string_view zone = text.substr(digits);
-    if (zone.size() == 6 && zone[0] == ' ' && (zone[1] == '+' || zone[1] == '-')) return false;
-    const auto whole = ParseXmltvTime(text, Zone());
-    const auto plain = ParseXmltvTime(text.substr(0, digits), Zone());
-    return whole && plain && (whole->minutes != plain->minutes || whole->zone_unknown);
+  void AddUnread(std::string_view name) {
+    ++unread;
+    unread_names_.emplace(name);
   }
 
-  std::set<std::string, std::less<>> channels_;
-  std::map<std::string, std::set<std::int32_t>> starts_;
   std::set<std::string, std::less<>> met_;  // of the programme
-  std::set<std::string, std::less<>> unknown_names_;
+  std::set<std::string, std::less<>> unread_names_;
+  std::unordered_map<std::uint64_t, std::uint64_t> others_;
 };
 
 }  // namespace
 
-std::vector<Loss> FindLosses(const std::string& name, std::string_view bytes,
-                             const Options& options) {
-  const Bytes raw(bytes);
+Losses FindLosses(const std::string& name, std::string_view bytes, const Options& options) {
+  const BytesAsRead read(bytes);
   Meaning meaning;
-  std::string fault;
+  Losses losses;
   try {
     ByteSource source(name, options.max_size);
-    const ReadingOutcome outcome = ReadGuide(source, options.reading, meaning);
-    if (!outcome.fault.reason.empty()) {
-      fault = "place where it is not well-formed, line " + std::to_string(outcome.fault.line) +
-              " column " + std::to_string(outcome.fault.column) + ": " + outcome.fault.reason +
-              " (what follows is not counted)";
+    const Fault fault = ReadGuide(source, options.reading, meaning).fault;
+    if (!fault.reason.empty()) {
+      losses.fault = source.Name() + ":" + std::to_string(fault.line) + ":" +
+                     std::to_string(fault.column) + ": not well-formed: " + fault.reason + "\n";
     }
-  } catch (const Failure&) {  // not XMLTV: what its texts mean is not known here
+  } catch (const Failure& failure) {
+    losses.fault = std::string(failure.what()) + "\n";
   }
   const std::pair<std::uint64_t, std::string> all[] = {
-      {raw.numeric_references, "numeric character references, which vanish"},
-      {raw.other_references, "references by other names than the five of XML, which vanish"},
-      {raw.living_comments, "comments that hold markup, which is read"},
-      {raw.misread_tags, "tags whose attributes are misread: line breaks, tabs or blanks too many"},
-      {raw.quoting_attributes, "attributes that lose an apostrophe or quotation mark"},
-      {meaning.without_station, "programmes left out, as no channel before them is theirs"},
-      {meaning.without_start, "programmes without a readable start, which get a wrong one"},
-      {meaning.without_stop, "programmes without a readable stop, which have no end"},
-      {meaning.stop_before_start, "programmes that stop before they start, and end a day later"},
-      {meaning.lost_zones, "programmes whose time zone is not understood, taken as UTC"},
-      {meaning.same_start, "programmes left out, as one of their station has their start"},
-      {meaning.overwritten, "texts overwritten by a later one of their kind"},
+      {read.numeric_references, "numeric character references, which vanish"},
+      {read.other_references, "references by other names than XML's five, which vanish"},
+      {read.bare_ampersands, "'&' without ';', which swallow all up to the next one"},
+      {read.living_comments, "comments or instructions whose markup or '&' is read"},
+      {read.foreign_bytes,
+       "bytes in " + Shown(read.DeclaredEncoding()) + ", which arrive as they stand"},
+      {read.misread_tags,
+       "tags with attributes misread, for their blanks, line breaks, quotation marks or '>'"},
+      {read.same_channel, "channels left out, as one before them has their id"},
       {meaning.more_names, "display names beyond the second of a channel"},
-      {meaning.unknown_elements, "elements not read: " + meaning.UnknownNames()},
-      {fault.empty() ? 0U : 1U, fault},
+      {read.without_station, "programmes left out, as no channel read before them is theirs"},
+      {read.same_start, "programmes left out, as one of their station is read with their start"},
+      {read.without_start, "programmes without a readable start, which get a wrong one"},
+      {read.misread_start, "programmes whose start is misread"},
+      {read.without_stop, "programmes without a readable stop, which have no end"},
+      {read.misread_stop, "programmes whose stop is misread"},
+      {meaning.shared_records,
+       "programmes that get genre, director, date and ratings of one with the same texts"},
+      {meaning.overwritten, "texts overwritten by a later one of their kind"},
+      {meaning.elements_in_texts, "elements inside texts, which end there"},
+      {meaning.resolved_descriptions, "descriptions whose '<' or \"&#\" is resolved once more"},
+      {meaning.unread, "elements not read: " + meaning.UnreadNames()},
   };
-  std::vector<Loss> losses;
   for (const auto& [count, what] : all) {
-    if (count != 0) losses.push_back({count, what});
+    if (count != 0) losses.counts.push_back({count, what});
   }
   return losses;
 }

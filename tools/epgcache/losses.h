@@ -1,4 +1,4 @@
-// What the plug-in would lose or alter of a guide that it reads by itself.
+// What the plug-in would lose or alter of an XMLTV guide that it reads by itself.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,14 @@ struct Loss {
   std::string what;
 };
 
+struct Losses {
+  // A line that says where the guide is not well-formed; empty when it is. What its elements mean
+  // has been read up to there.
+  std::string fault;
+  std::vector<Loss> counts;
+};
+
 // Of the file `name`, which holds `bytes`.
-std::vector<Loss> FindLosses(const std::string& name, std::string_view bytes,
-                             const Options& options);
+Losses FindLosses(const std::string& name, std::string_view bytes, const Options& options);
 
 }  // namespace epgcache

@@ -54,30 +54,34 @@ std::string Summary(const Options& options, const GuideTally& tally, const Refer
                      TextOf({written.stations, "station", "stations"}) + ", " +
                      TextOf({written.programmes, "programme", "programmes"}) + ", " +
                      TextOf({written.items, "item", "items"}) + "\n";
+  const auto& repaired = tally.repaired;
   AppendCounts(
       "  repaired: ",
       {{tally.undeclared_stations, "station made that no channel element declares",
         "stations made that no channel element declares"},
-       {tally.unreadable_stop, "stop that is no time", "stops that are no times"},
-       {tally.stop_before_start, "stop not after its start", "stops not after their starts"},
-       {tally.ended_by_next, "missing end set to where the next programme begins",
+       {repaired[kUnreadableStop], "stop that is no time", "stops that are no times"},
+       {repaired[kStopNotAfterStart], "stop not after its start", "stops not after their starts"},
+       {repaired[kEndedByNext], "missing end set to where the next programme begins",
         "missing ends set to where the next programme begins"},
-       {tally.ended_by_length, "missing end set by --default-length",
+       {repaired[kEndedByLength], "missing end set by --default-length",
         "missing ends set by --default-length"},
-       {options.guide.cut_overlaps ? tally.overlaps : 0, "overlap cut", "overlaps cut"},
-       {tally.unknown_zone, "time in a zone that nobody knows, taken as --zone",
+       {repaired[kCutByEarlierInput], "programme cut where an earlier input has something on",
+        "programmes cut where an earlier input has something on"},
+       {options.guide.cut_overlaps ? repaired[kOverlap] : 0, "overlap cut", "overlaps cut"},
+       {repaired[kUnknownZone], "programme in a zone that nobody knows, taken as --zone",
         "programmes in zones that nobody knows, taken as --zone"},
        {references.of_html, "reference to a character by its HTML name",
         "references to characters by their HTML names"},
        {written.lacking.transliterated, "character transliterated", "characters transliterated"}},
       text);
   AppendCounts("  kept:     ",
-               {{options.guide.cut_overlaps ? 0 : tally.overlaps,
+               {{options.guide.cut_overlaps ? 0 : repaired[kOverlap],
                  "programme that overlaps the next one", "programmes that overlap the next one"}},
                text);
   AppendCounts(
       "  dropped:  ",
-      {{tally.without_channel, "programme without a channel", "programmes without a channel"},
+      {{tally.channels_without_id, "channel without an id", "channels without an id"},
+       {tally.without_channel, "programme without a channel", "programmes without a channel"},
        {tally.without_start, "programme without a readable start",
         "programmes without a readable start"},
        {tally.same_start, "programme with the start of a richer one",
@@ -128,10 +132,11 @@ class Making {
   // False: the input is at fault, which has been told, and nothing is to be written.
   bool Read(const std::string& input) {
     std::string fault;
+    // An input that is not there is no guide with a fault.
+    ByteSource source(input, options_.max_size, [&](std::uint64_t read, std::uint64_t whole) {
+      progress_.Show(ShownInput(input), read, whole);
+    });
     try {
-      ByteSource source(input, options_.max_size, [&](std::uint64_t read, std::uint64_t whole) {
-        progress_.Show(input, read, whole);
-      });
       const ReadingOutcome outcome = ReadGuide(source, options_.reading, guide_);
       references_.of_html += outcome.html_references;
       references_.unknown += outcome.unknown_references;

@@ -8,34 +8,53 @@ namespace epgcache {
 
 namespace {
 
+// No reference is longer.
+constexpr std::size_t kLongestReference = 40;
+
 std::size_t Behind(std::string_view text, std::string_view end_mark, std::size_t at) {
   const std::size_t found = text.find(end_mark, at);
   return found == std::string_view::npos ? text.size() : found + end_mark.size();
 }
 
-// Behind the '>' that stands outside quotes, and outside an internal subset's brackets.
-std::size_t BehindTag(std::string_view text, std::size_t at, bool brackets) {
+// Behind the '>' of a tag, which stands outside quotes. Nowhere in a tag can a '<' stand: it breaks
+// off there.
+std::size_t BehindTag(std::string_view text, std::size_t at) {
   char quote = '\0';
-  int depth = 0;
-  for (; at < text.size(); ++at) {
+  for (; at < text.size() && text[at] != '<'; ++at) {
     const char byte = text[at];
     if (quote != '\0') {
       if (byte == quote) quote = '\0';
     } else if (byte == '"' || byte == '\'') {
       quote = byte;
-    } else if (brackets && byte == '[') {
-      ++depth;
-    } else if (brackets && byte == ']') {
-      --depth;
-    } else if (byte == '>' && depth <= 0) {
+    } else if (byte == '>') {
       return at + 1;
     }
   }
-  return text.size();
+  return at;
+}
+
+// Behind a document type, with all that stands between its brackets.
+std::size_t BehindDeclaration(std::string_view text, std::size_t at) {
+  int depth = 0;
+  while (at < text.size()) {
+    const std::string_view rest = text.substr(at);
+    if (rest.starts_with("<!--")) {
+      at = Behind(text, "-->", at + 4);
+    } else if (rest.starts_with("<?")) {
+      at = Behind(text, "?>", at);
+    } else if (rest.front() == '"' || rest.front() == '\'') {
+      at = Behind(text, rest.substr(0, 1), at + 1);
+    } else {
+      depth += rest.front() == '<' ? 1 : rest.front() == '>' ? -1 : 0;
+      ++at;
+      if (depth == 0) break;
+    }
+  }
+  return at;
 }
 
 std::string_view NameAt(std::string_view text, std::size_t at) {
-  return text.substr(at, std::min(text.find_first_of(" \t\r\n/>", at), text.size()) - at);
+  return text.substr(at, std::min(text.find_first_of(" \t\r\n/><", at), text.size()) - at);
 }
 
 }  // namespace
@@ -54,23 +73,38 @@ bool FindMarkup(std::string_view text, std::size_t at, Markup& markup) {
   } else if (rest.starts_with("<?")) {
     markup.end = Behind(text, "?>", begin);
   } else if (rest.starts_with("<!")) {
-    markup.end = BehindTag(text, begin, true);
+    markup.end = BehindDeclaration(text, begin);
   } else if (rest.starts_with("</")) {
     markup.kind = MarkupKind::kEnd;
     markup.name = NameAt(text, begin + 2);
-    markup.end = Behind(text, ">", begin);
+    markup.end = BehindTag(text, begin + 1);
   } else {
     markup.name = NameAt(text, begin + 1);
-    markup.end = BehindTag(text, begin, false);
-    markup.kind =
-        text.substr(0, markup.end).ends_with("/>") ? MarkupKind::kEmpty : MarkupKind::kStart;
+    markup.end = BehindTag(text, begin + 1);
+    markup.kind = text.substr(begin, markup.end - begin).ends_with("/>") ? MarkupKind::kEmpty
+                                                                         : MarkupKind::kStart;
   }
   return true;
 }
 
-std::vector<MarkupAttribute> AttributesOf(std::string_view text, const Markup& tag) {
-  std::vector<MarkupAttribute> attributes;
-  std::string_view left = text.substr(tag.begin + 1, tag.end - tag.begin - 1);
+bool FindRoot(std::string_view text, Markup& root) {
+  for (std::size_t at = 0; FindMarkup(text, at, root); at = root.end) {
+    if (root.IsElement()) return true;
+  }
+  return false;
+}
+
+std::string_view TagParts::ValueOf(std::string_view name) const {
+  for (const TagAttribute& attribute : attributes) {
+    if (attribute.name == name) return attribute.value;
+  }
+  return {};
+}
+
+TagParts PartsOf(std::string_view text, const Markup& tag) {
+  TagParts parts;
+  const std::size_t name_begin = tag.begin + (tag.kind == MarkupKind::kEnd ? 2 : 1);
+  std::string_view left = text.substr(name_begin, tag.end - name_begin);
   left.remove_prefix(tag.name.size());
   const auto take = [&left](std::size_t count) {
     count = std::min(count, left.size());
@@ -79,16 +113,26 @@ std::vector<MarkupAttribute> AttributesOf(std::string_view text, const Markup& t
     return taken;
   };
   for (;;) {
-    MarkupAttribute attribute;
+    TagAttribute attribute;
+    parts.rest = left;
     attribute.before = take(left.find_first_not_of(kBlanks));
     attribute.name = take(left.find_first_of(" \t\r\n=/>"));
     attribute.equals = take(left.find_first_of("\"'"));
-    if (attribute.name.empty() || left.empty()) return attributes;
+    if (attribute.name.empty() || left.empty()) return parts;
     const char quote = take(1).front();
     attribute.value = take(left.find(quote));
     take(1);
-    attributes.push_back(attribute);
+    parts.attributes.push_back(attribute);
   }
+}
+
+std::size_t FindBareAmpersand(std::string_view text) {
+  for (std::size_t at = 0; (at = text.find('&', at)) != std::string_view::npos; ++at) {
+    const std::string_view name = text.substr(at + 1, kLongestReference);
+    const std::size_t end = name.find_first_of("; \t\r\n&<>\"'");
+    if (end == std::string_view::npos || end == 0 || name[end] != ';') return at;
+  }
+  return std::string_view::npos;
 }
 
 }  // namespace epgcache

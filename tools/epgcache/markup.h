@@ -15,20 +15,36 @@ enum class MarkupKind { kStart, kEmpty, kEnd, kComment, kCData, kOther };
 struct Markup {
   MarkupKind kind;
   std::size_t begin;      // of its '<'
-  std::size_t end;        // behind its '>', or that of the text
+  std::size_t end;        // behind its '>', or where the tag breaks off
   std::string_view name;  // of an element
+
+  bool IsElement() const { return kind == MarkupKind::kStart || kind == MarkupKind::kEmpty; }
 };
 
 // The next piece at or behind `at`; false when there is none.
 bool FindMarkup(std::string_view text, std::size_t at, Markup& markup);
 
-struct MarkupAttribute {
+// The first element; false when there is none.
+bool FindRoot(std::string_view text, Markup& root);
+
+struct TagAttribute {
   std::string_view before;  // from the name or value before it
   std::string_view name;
   std::string_view equals;  // '=' and the blanks around it
   std::string_view value;   // as it stands between its quotes
 };
 
-std::vector<MarkupAttribute> AttributesOf(std::string_view text, const Markup& tag);
+struct TagParts {
+  std::vector<TagAttribute> attributes;
+  std::string_view rest;  // from behind the last of them, with the '>'
+
+  // Empty when there is none.
+  std::string_view ValueOf(std::string_view name) const;
+};
+
+TagParts PartsOf(std::string_view text, const Markup& tag);
+
+// Where the first '&' stands that begins no reference; npos when there is none.
+std::size_t FindBareAmpersand(std::string_view text);
 
 }  // namespace epgcache

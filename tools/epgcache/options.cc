@@ -1,9 +1,11 @@
 #include "tools/epgcache/options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdio>
-#include <limits>
-#include <map>
+#include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "tools/epgcache/text.h"
 
@@ -32,7 +34,25 @@ struct Texts {
   std::int32_t days = 0;
   std::string encoding = "utf-8";
   std::string overlaps = "keep";
+  std::string max_size = "4G";
 };
+
+// A number of bytes above 0; K, M and G behind it multiply by powers of 1024.
+std::optional<std::uint64_t> ReadSize(std::string_view text) {
+  double number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [behind, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc()) return std::nullopt;
+  if (behind != end) {
+    constexpr std::string_view kUnits = "kmgt";
+    const std::size_t unit = kUnits.find(Lower(*behind));
+    if (unit == std::string_view::npos || behind + 1 != end) return std::nullopt;
+    number *= static_cast<double>(std::uint64_t{1024} << (10 * unit));
+  }
+  constexpr double kMost = 1e18;
+  if (!(number >= 1 && number <= kMost)) return std::nullopt;
+  return static_cast<std::uint64_t>(number);
+}
 
 void Declare(CLI::App& app, Options& options, Texts& texts) {
   constexpr std::int32_t kMostMinutes = 7 * 1440;
@@ -51,7 +71,7 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
   app.add_flag("--presenters", options.reading.presenters, "presenters among the actors");
   app.add_flag("--guests", options.reading.guests, "guests among the actors");
   app.add_option("--zone", texts.zone,
-                 "of times without one: +0100, CET, Europe/Rome, local (default UTC)");
+                 "of times without one: +0100, Europe/Rome, local (default UTC)");
   app.add_option("--default-length", options.guide.default_length,
                  "minutes that a programme lasts at most when it has no stop (default 240)")
       ->check(CLI::Range(1, kMostMinutes));
@@ -68,8 +88,8 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
       ->allow_extra_args(false);
   app.add_flag("--keep-going", options.keep_going,
                "use what stands before the fault in a guide that is not well-formed");
-  app.add_option("--max-size", options.max_size, "of an input, unpacked (default 4G)")
-      ->transform(CLI::AsSizeValue(false));
+  app.add_option("--max-size", texts.max_size,
+                 "bytes of an input, unpacked: 500M, 1.5G (default 4G)");
   app.add_flag("-q,--quiet", options.quiet, "no summary and no progress");
 }
 
@@ -79,7 +99,16 @@ void Understand(const Texts& texts, Options& options) {
   if (options.inputs.empty()) throw CLI::RequiredError("INPUT");
   if (!options.check && options.output.empty())
     throw CLI::ValidationError("--output", "it says where to write to, and is missing");
-  if (texts.encoding.front() == 'w') options.encoding = Encoding::kWindows1252;
+  if (SameLetters(texts.encoding, "windows-1252")) options.encoding = Encoding::kWindows1252;
+  if (options.output == "-") throw CLI::ValidationError("--output", "it is a file; - is none");
+  if (options.inputs.size() > Guide::kMostInputs) throw CLI::ValidationError("INPUT", "too many");
+  const auto size = ReadSize(texts.max_size);
+  if (!size) throw CLI::ValidationError("--max-size", Shown(texts.max_size) + " is no size");
+  options.max_size = *size;
+  for (auto* const list : {&options.reading.languages, &options.guide.stations}) {
+    for (std::string& entry : *list) entry = Trimmed(entry);
+    std::erase(*list, "");
+  }
   options.guide.cut_overlaps = texts.overlaps == "cut";
   const auto zone = Zone::Of(texts.zone);
   if (!zone) throw CLI::ValidationError("--zone", Shown(texts.zone) + " is no time zone");
@@ -88,15 +117,16 @@ void Understand(const Texts& texts, Options& options) {
   const auto from = ParseTimeOfOption(texts.from.empty() ? "today" : texts.from, *zone);
   if (!from) throw CLI::ValidationError("--from", Shown(texts.from) + " is no time");
   options.guide.from = *from;
-  const std::int64_t to = std::int64_t{*from} + std::int64_t{texts.days} * 1440;
-  if (texts.days != 0 && to < options.guide.to) options.guide.to = static_cast<std::int32_t>(to);
+  if (texts.days != 0) {
+    // Days of the zone, which may have an hour more or less.
+    options.guide.to = zone->ToUtc(zone->ToClock(*from) + std::int64_t{texts.days} * 1440);
+  }
 }
 
 }  // namespace
 
 CommandLine ReadCommandLine(int count, char** arguments) {
   Options options;
-  options.max_size = std::uint64_t{4} << 30;
   options.guide.default_length = 240;
   Texts texts;
   CLI::App app(kAbout, "epgcache");

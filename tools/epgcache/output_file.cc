@@ -56,37 +56,41 @@ void HandleSignals() {
   action.sa_handler = RemoveAndEnd;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigemptyset(&action.sa_mask);
-  for (const int signal_number : {SIGHUP, SIGINT, SIGTERM}) {
+  for (const int signal_number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
     // What is ignored, as under nohup, stays so.
     struct sigaction before = {};
     sigaction(signal_number, nullptr, &before);
     if (before.sa_handler != SIG_IGN) sigaction(signal_number, &action, nullptr);
   }
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
 }
 
 OutputFile::OutputFile(const std::string& name) : shown_(Shown(name)), place_(name) {
   const std::unique_ptr<char, void (*)(void*)> real(realpath(name.c_str(), nullptr), std::free);
-  mode_t permissions = PermissionsOfNewFiles();
-  if (real != nullptr) {
+  struct stat about = {};
+  const bool is_new = real == nullptr;
+  if (is_new && lstat(name.c_str(), &about) == 0)
+    throw Failure(shown_ + ": cannot be written: it is a link to nowhere");
+  if (!is_new) {
     place_ = real.get();
-    struct stat about = {};
     if (stat(place_.c_str(), &about) != 0) Fail("cannot be written", errno);
     if (S_ISDIR(about.st_mode)) Fail("cannot be written", EISDIR);
     // What is moved over a device takes its place.
     if (!S_ISREG(about.st_mode)) throw Failure(shown_ + ": cannot be written: not a regular file");
-    permissions = about.st_mode & 0777;
   }
   const std::size_t slash = place_.rfind('/');
   const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
-  temporary_ = place_.substr(0, begin) + "." + place_.substr(begin) + ".XXXXXX";
+  temporary_ = place_.substr(0, begin) + ".epgcache.XXXXXX";
   file_ = mkostemp(temporary_.data(), O_CLOEXEC);
   if (file_ < 0) {
     temporary_.clear();
-    Fail("cannot be written", errno);
+    Fail("no file can be made in its folder", errno);
   }
   SetFileInTheMaking(temporary_);
-  fchmod(file_, permissions);
+  // Where that is not allowed, the file is its writer's.
+  if (!is_new) (void)!fchown(file_, about.st_uid, about.st_gid);
+  fchmod(file_, is_new ? PermissionsOfNewFiles() : about.st_mode & 0777);
   waiting_.reserve(kBlockBytes);
 }
 

@@ -20,7 +20,7 @@ class OutputFile {
 
   void Write(std::string_view bytes);
 
-  // Everything is written: the file takes its place, with the old one's permissions.
+  // Everything is written: the file takes its place, with the old one's owner and permissions.
   void Commit();
 
  private:
@@ -34,8 +34,8 @@ class OutputFile {
   std::string waiting_;
 };
 
-// Has signals that end the program remove the file in the making first, and a limit on file sizes
-// show as an error.
+// Has signals that end the program remove the file in the making first; a limit on file sizes, and
+// a reader of messages that is gone, are no signals any more.
 void HandleSignals();
 
 }  // namespace epgcache

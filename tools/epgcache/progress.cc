@@ -4,8 +4,6 @@
 
 #include <cstdio>
 
-#include "tools/epgcache/text.h"
-
 namespace epgcache {
 
 namespace {
@@ -26,7 +24,10 @@ void Progress::Show(const std::string& name, std::uint64_t read, std::uint64_t w
   next_ = now + kBetween;
   shown_ = true;
   constexpr std::uint64_t kMega = 1'000'000;
-  std::string line = kBackAndClear + ("Reading " + Shown(name)) + ": ";
+  // A line that is too long for the terminal could not be taken back.
+  constexpr std::size_t kMost = 40;
+  const std::string end = name.size() > kMost ? "..." + name.substr(name.size() - kMost) : name;
+  std::string line = kBackAndClear + ("Reading " + end) + ": ";
   if (whole != 0) {
     line += std::to_string(read * 100 / whole) + " % of " + std::to_string(whole / kMega) + " MB";
   } else {

@@ -6,7 +6,9 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
+#include <unordered_map>
 
 #include "platform/services.h"
 #include "tools/epgcache/failure.h"
@@ -66,7 +68,7 @@ class TargetText::Converter {
         icu::StringPiece(utf8.data(), static_cast<std::int32_t>(utf8.size())));
     UErrorCode error = U_ZERO_ERROR;
     const icu::UnicodeString composed = composer_->normalize(text, error);
-    icu::UnicodeString lacking;  // a run of it, as letters depend on their neighbours
+    std::u16string lacking;  // a run of it, as letters depend on their neighbours
     for (std::int32_t at = 0; at < composed.length(); at = composed.moveIndex32(at, 1)) {
       const auto character = static_cast<char32_t>(composed.char32At(at));
       if (const auto byte = ByteOf(character)) {
@@ -74,28 +76,52 @@ class TargetText::Converter {
         bytes += *byte;
       } else {
         ++count.transliterated;
-        lacking.append(static_cast<UChar32>(character));
+        const icu::UnicodeString units(static_cast<UChar32>(character));
+        lacking.append(units.getBuffer(), static_cast<std::size_t>(units.length()));
+        // A run's time grows with its square.
+        if (lacking.size() >= kLongestRun) Replace(lacking, bytes, count);
       }
     }
     Replace(lacking, bytes, count);
   }
 
  private:
-  void Replace(icu::UnicodeString& lacking, std::string& bytes, Lacking& count) {
-    if (lacking.isEmpty()) return;
-    transliterator_->transliterate(lacking);
-    for (std::int32_t at = 0; at < lacking.length(); at = lacking.moveIndex32(at, 1)) {
-      const UChar32 character = lacking.char32At(at);
-      if (const auto byte = ByteOf(static_cast<char32_t>(character))) {
-        bytes += *byte;
-      } else if (!u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) {
-        bytes += '?';
-        ++count.lost;
-      }
-    }
-    lacking.remove();
+  struct Replacement {
+    std::string bytes;
+    std::uint64_t lost = 0;
+  };
+
+  static constexpr std::size_t kLongestRun = 64;
+
+  // Words come again and again, and transliterating one takes microseconds.
+  void Replace(std::u16string& lacking, std::string& bytes, Lacking& count) {
+    if (lacking.empty()) return;
+    constexpr std::size_t kMostKnown = 50'000;
+    if (known_.size() >= kMostKnown) known_.clear();
+    const auto [entry, is_new] = known_.try_emplace(lacking);
+    if (is_new) entry->second = ReplacementOf(lacking);
+    bytes += entry->second.bytes;
+    count.lost += entry->second.lost;
+    lacking.clear();
   }
 
+  Replacement ReplacementOf(const std::u16string& lacking) const {
+    icu::UnicodeString text(lacking.data(), static_cast<std::int32_t>(lacking.size()));
+    transliterator_->transliterate(text);
+    Replacement replacement;
+    for (std::int32_t at = 0; at < text.length(); at = text.moveIndex32(at, 1)) {
+      const UChar32 character = text.char32At(at);
+      if (const auto byte = ByteOf(static_cast<char32_t>(character))) {
+        replacement.bytes += *byte;
+      } else if (!u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) {
+        replacement.bytes += '?';
+        ++replacement.lost;
+      }
+    }
+    return replacement;
+  }
+
+  std::unordered_map<std::u16string, Replacement> known_;
   const icu::Normalizer2* composer_ = nullptr;  // the library's
   std::unique_ptr<icu::Transliterator> transliterator_;
 };

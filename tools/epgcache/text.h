@@ -27,11 +27,20 @@ inline bool BeginsWithLetters(std::string_view text, std::string_view beginning)
   return SameLetters(text.substr(0, beginning.size()), beginning);
 }
 
+inline std::string_view Trimmed(std::string_view text) {
+  if (IsBlank(text)) return {};
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
 // A text from outside, made safe to show: nothing in it steers a terminal or breaks the line.
 inline std::string Shown(std::string_view text) {
   std::string shown(text);
-  for (char& byte : shown) {
-    if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f) byte = '?';
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(shown[i]);
+    // Those behind C2 in UTF-8 are controls as well.
+    const bool is_second = i > 0 && text[i - 1] == '\xc2' && byte >= 0x80 && byte < 0xa0;
+    if (byte < 0x20 || byte == 0x7f || is_second) shown[i] = '?';
   }
   return shown;
 }

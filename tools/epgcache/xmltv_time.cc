@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <string>
 
@@ -20,12 +21,6 @@ namespace {
 constexpr std::int64_t kMinutesTo1970 = std::int64_t{134'774} * 1440;
 
 bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
-
-std::string_view Trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 int NumberOf(std::string_view digits) {
   int number = 0;
@@ -98,6 +93,46 @@ std::optional<std::int64_t> ReadClock(std::string_view digits) {
   return time / platform::kTicksPerMinute + (end_of_day ? 1440 : 0);
 }
 
+// The offset that the process's zone has at a time.
+std::int64_t EastByRules(std::int64_t utc_minutes) {
+  const std::time_t time = (utc_minutes - kMinutesTo1970) * 60;
+  std::tm clock = {};
+  if (localtime_r(&time, &clock) == nullptr) return 0;
+  return clock.tm_gmtoff / 60;
+}
+
+bool HasRules(std::string_view name) {
+  const bool is_name = std::all_of(name.begin(), name.end(), [](unsigned char byte) {
+    return std::isalnum(byte) != 0 || byte == '/' || byte == '_' || byte == '-' || byte == '+';
+  });
+  if (!is_name || name.empty() || std::isalpha(static_cast<unsigned char>(name.front())) == 0)
+    return false;
+  const char* const folder = std::getenv("TZDIR");
+  std::ifstream rules(std::filesystem::path(folder != nullptr ? folder : "/usr/share/zoneinfo") /
+                      name);
+  char mark[4] = "";
+  return rules.read(mark, sizeof mark) && std::string_view(mark, sizeof mark) == "TZif";
+}
+
+// Takes the separators of ISO 8601 out of "2026-11-23T20:15:00.0Z" and "20261123T2015".
+std::string WithoutSeparators(std::string_view text) {
+  std::string plain(text);
+  const auto has = [&plain](std::size_t at, std::string_view marks) {
+    return at + 1 < plain.size() && marks.find(plain[at]) != std::string_view::npos &&
+           IsDigit(plain[at + 1]);
+  };
+  if (has(4, "-") && has(7, "-")) plain.erase(7, 1).erase(4, 1);
+  const bool has_clock = has(8, "T") || (has(8, " ") && plain.find(':') == 11);
+  if (!has_clock) return plain;
+  plain.erase(8, 1);
+  for (const std::size_t at : {10U, 12U}) {
+    if (has(at, ":")) plain.erase(at, 1);
+  }
+  if (has(14, ".,"))
+    plain.erase(14, std::min(plain.find_first_not_of("0123456789", 15), plain.size()) - 14);
+  return plain;
+}
+
 std::optional<std::int32_t> Fitting(std::int64_t minutes) {
   if (minutes < 0 || minutes > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
   return static_cast<std::int32_t>(minutes);
@@ -122,25 +157,19 @@ std::optional<Zone> Zone::Fixed(std::string_view text) {
     if (letters == 0) return std::nullopt;
     return Zone(east);
   }
-  if (east != 0) return std::nullopt;  // "CET+1"
+  if (east != 0) return std::nullopt;  // what would "CET+1" be?
   const auto offset = EastOfOffset(text.substr(letters));
   if (!offset) return std::nullopt;
   return Zone(*offset);
 }
 
 std::optional<Zone> Zone::Of(std::string_view text) {
-  if (auto fixed = Fixed(text)) return fixed;
   if (text != "local") {
-    const bool plain = std::all_of(text.begin(), text.end(), [](unsigned char byte) {
-      return std::isalnum(byte) != 0 || byte == '/' || byte == '_' || byte == '-' || byte == '+';
-    });
-    if (!plain || text.empty() || text.front() == '/') return std::nullopt;
-    const char* const folder = std::getenv("TZDIR");
-    const std::filesystem::path rules =
-        std::filesystem::path(folder != nullptr ? folder : "/usr/share/zoneinfo") / text;
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(rules, error)) return std::nullopt;
+    if (!HasRules(text)) return Fixed(text);
     setenv("TZ", std::string(text).c_str(), 1);
+  } else if (std::getenv("TZ") == nullptr) {
+    // Otherwise the library looks for another file at every call.
+    setenv("TZ", ":/etc/localtime", 1);
   }
   tzset();
   Zone zone;
@@ -150,47 +179,45 @@ std::optional<Zone> Zone::Of(std::string_view text) {
 
 std::int64_t Zone::ToUtc(std::int64_t minutes) const {
   if (!has_rules_) return minutes - east_;
-  const std::time_t as_utc = (minutes - kMinutesTo1970) * 60;
-  std::tm clock = {};
-  if (gmtime_r(&as_utc, &clock) == nullptr) return minutes;
-  clock.tm_isdst = -1;  // the rules say
-  return std::mktime(&clock) / 60 + kMinutesTo1970;
+  const std::int64_t number = minutes / 1440;
+  if (day_.number != number)
+    day_ = {number, EastByRules((number - 1) * 1440), EastByRules((number + 2) * 1440)};
+  const std::int64_t first = minutes - day_.east_before;
+  const std::int64_t second = minutes - day_.east_after;
+  if (first == second || EastByRules(first) == day_.east_before) return first;
+  return EastByRules(second) == day_.east_after ? second : first;
+}
+
+std::int64_t Zone::ToClock(std::int64_t minutes) const {
+  return minutes + (has_rules_ ? EastByRules(minutes) : east_);
 }
 
 std::optional<XmltvTime> ParseXmltvTime(std::string_view text, const Zone& zone) {
-  text = Trimmed(text);
-  const auto count =
-      static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsDigit) - text.begin());
+  const std::string plain = WithoutSeparators(Trimmed(text));
+  const std::size_t count = std::min(plain.find_first_not_of("0123456789"), plain.size());
   if (count < 4 || count > 14) return std::nullopt;
-  const auto clock = ReadClock(text.substr(0, count));
+  const auto clock = ReadClock(std::string_view(plain).substr(0, count));
   if (!clock) return std::nullopt;
-  const std::string_view suffix = Trimmed(text.substr(count));
+  const std::string_view suffix = Trimmed(std::string_view(plain).substr(count));
   const auto own = Zone::Fixed(suffix);
+  // A zone that nobody knows has letters, at least.
+  const bool is_unknown = !own && !suffix.empty();
+  if (is_unknown && std::isalpha(static_cast<unsigned char>(suffix.front())) == 0)
+    return std::nullopt;
   const auto minutes = Fitting((own ? *own : zone).ToUtc(*clock));
   if (!minutes) return std::nullopt;
-  return XmltvTime{*minutes, !own && !suffix.empty()};
+  return XmltvTime{*minutes, is_unknown};
 }
 
 std::optional<std::int32_t> ParseTimeOfOption(std::string_view text, const Zone& zone) {
   if (text == "now") return Fitting(NowUtc());
-  std::string plain(text);
   if (text == "today") {
-    // Where the zone's clocks are now: an hour's error at most on the day that they are changed.
-    const std::int64_t now = NowUtc();
-    const std::int64_t shown = now + (now - zone.ToUtc(now));
-    return Fitting(zone.ToUtc(shown - shown % 1440));
+    const std::int64_t clock = zone.ToClock(NowUtc());
+    return Fitting(zone.ToUtc(clock - clock % 1440));
   }
-  if (text.size() >= 10 && text[4] == '-' && text[7] == '-') {
-    plain = std::string(text.substr(0, 4)) + std::string(text.substr(5, 2)) +
-            std::string(text.substr(8, 2));
-    std::string_view rest = text.substr(10);
-    if (!rest.empty()) {
-      if (rest.size() < 6 || (rest[0] != ' ' && rest[0] != 'T') || rest[3] != ':')
-        return std::nullopt;
-      plain += std::string(rest.substr(1, 2)) + std::string(rest.substr(4));
-    }
-  }
-  const auto time = ParseXmltvTime(plain, zone);
+  // Not a year and a zone.
+  if (text.size() == 7 && text[4] == '-') return std::nullopt;
+  const auto time = ParseXmltvTime(text, zone);
   if (!time || time->zone_unknown) return std::nullopt;
   return time->minutes;
 }
