@@ -67,6 +67,8 @@ epgshell, a console program that shows a listings file as a guide.")
 set(CPACK_DEBIAN_EPGCACHE_PACKAGE_NAME epgcache)
 # The engine that both use is private to that package.
 set(CPACK_DEBIAN_EPGCACHE_PACKAGE_DEPENDS "epgbrowser (= ${PROJECT_VERSION})")
+# The rules of time zones.
+set(CPACK_DEBIAN_EPGCACHE_PACKAGE_RECOMMENDS tzdata)
 set(CPACK_DEBIAN_EPGCACHE_DESCRIPTION
 "listings for the programme guide plug-in out of any XMLTV guide
 Reads XMLTV guides as they are found in public use, plain or compressed, in

@@ -2,13 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <pugixml.hpp>
@@ -21,28 +17,14 @@
 
 namespace {
 
+using epg_test::Outcome;
+using epg_test::ReadFile;
 using epg_test::TempFile;
 using testing::HasSubstr;
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-// Runs a command line of the shell in which $E is the program.
+// Runs a command line in which $E is the program.
 Outcome RunCommand(const std::string& command) {
-  const TempFile out("", "out");
-  const TempFile err("", "err");
-  const int status = std::system(("export TZ=UTC E=" EPG_CACHE "; cd " EPG_SOURCE_DIR "; (" +
-                                  command + ") >" + out.Path() + " 2>" + err.Path())
-                                     .c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out.Path()), ReadFile(err.Path())};
+  return epg_test::RunCommand("export TZ=UTC E=" EPG_CACHE "; cd " EPG_SOURCE_DIR "; " + command);
 }
 
 // What the plug-in, loaded as a module, answers of a listings file.

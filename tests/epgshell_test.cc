@@ -1,11 +1,7 @@
 // The console program as other programs see it: what it prints where, and its exit status.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <string>
 
@@ -13,26 +9,14 @@
 
 namespace {
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
+using epg_test::Outcome;
+using epg_test::ReadFile;
 
 // Runs the program in the source tree, in UTC, with a script on its standard input.
 Outcome RunShell(const std::string& arguments, const std::string& script = "") {
   const epg_test::TempFile input(script, "input");
-  const std::string out = input.Path() + ".out";
-  const std::string err = input.Path() + ".err";
-  const std::string command = "cd " EPG_SOURCE_DIR " && TZ=UTC LC_ALL=C COLUMNS=80 " EPG_SHELL " " +
-                              arguments + " <" + input.Path() + " >" + out + " 2>" + err;
-  const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
+  return epg_test::RunCommand("cd " EPG_SOURCE_DIR " && TZ=UTC LC_ALL=C COLUMNS=80 " EPG_SHELL " " +
+                              arguments + " <" + input.Path());
 }
 
 constexpr const char* kStarting = "notice: EPGBROWSER DLL Starting\n";

@@ -1,10 +1,12 @@
 #include "tests/support/test_support.h"
 
 #include <stdlib.h>
+#include <sys/wait.h>
 
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -29,6 +31,19 @@ void TempFile::Write(std::string_view content) const {
   std::ofstream file(path_, std::ios::binary | std::ios::trunc);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
   if (!file.flush()) throw std::runtime_error("cannot write " + path_);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Outcome RunCommand(const std::string& command) {
+  const TempFile out("", "out");
+  const TempFile err("", "err");
+  const int status =
+      std::system(("{ " + command + "\n} >" + out.Path() + " 2>" + err.Path()).c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out.Path()), ReadFile(err.Path())};
 }
 
 LogCapture::LogCapture() {

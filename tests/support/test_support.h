@@ -31,6 +31,18 @@ class TempFile {
   std::string path_;
 };
 
+std::string ReadFile(const std::string& path);
+
+// What a program has done: its exit status, -1 when a signal has ended it, and what it has written.
+struct Outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+// Runs a command line of the shell.
+Outcome RunCommand(const std::string& command);
+
 // Collects the engine's log, each entry as "notice: ", "error: ", "log: " or "at: " and its text.
 class LogCapture {
  public:
