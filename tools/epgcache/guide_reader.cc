@@ -326,8 +326,7 @@ class Parser {
     handler.serror = [](void* context, xmlErrorPtr error) { Of(context).Take(*error); };
     context_ =
         xmlCreateIOParserCtxt(&handler, nullptr, ReadBytes, nullptr, this, XML_CHAR_ENCODING_NONE);
-    // Without a context the parser cannot have read a first byte: what the source has thrown.
-    if (context_ == nullptr) Rethrow();
+    if (context_ == nullptr) throw std::bad_alloc();
     context_->_private = this;
     xmlCtxtUseOptions(context_, XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOCDATA);
     xmlSetExternalEntityLoader(RefuseExternal);
@@ -340,7 +339,6 @@ class Parser {
   Parser& operator=(const Parser&) = delete;
   virtual ~Parser() {
     xmlSetStructuredErrorFunc(nullptr, nullptr);
-    if (context_ == nullptr) return;
     // Of the document type's entities.
     xmlFreeDoc(context_->myDoc);
     xmlFreeParserCtxt(context_);
@@ -353,15 +351,13 @@ class Parser {
   // A reference that the document does not declare.
   virtual void Resolve(const xmlChar* name) = 0;
 
-  // Reads to the end, or to the first fault. What a callback has thrown, other than the source,
-  // comes out of here.
+  // Reads to the end, or to the first fault. What a callback has thrown comes out of here.
   Fault Parse() {
     xmlParseDocument(context_);
-    if (source_failed_) {
+    if (thrown_ != nullptr) std::rethrow_exception(thrown_);
+    if (source_failure_ != nullptr) {
       if (fault_.reason.empty()) SetFault("");
       fault_.reason = SourceFailure();
-    } else if (thrown_ != nullptr) {
-      Rethrow();
     } else if (fault_.reason.empty() && context_->wellFormed == 0) {
       throw std::bad_alloc();
     } else if (!fault_.reason.empty() && conversion_failed_) {
@@ -370,11 +366,8 @@ class Parser {
     return std::move(fault_);
   }
 
-  [[noreturn]] void Rethrow() const {
-    if (thrown_ == nullptr) throw std::bad_alloc();
-    std::rethrow_exception(thrown_);
-  }
-  bool SourceFailed() const { return source_failed_; }
+  // What the source has thrown; null when it has given all that it has.
+  const std::exception_ptr& WhySourceFailed() const { return source_failure_; }
   const ByteSource& Source() const { return source_; }
 
  private:
@@ -429,8 +422,7 @@ class Parser {
     try {
       return static_cast<int>(parser.source_.Read(buffer, static_cast<std::size_t>(size)));
     } catch (...) {
-      parser.thrown_ = std::current_exception();
-      parser.source_failed_ = true;
+      parser.source_failure_ = std::current_exception();
       // What has been read is parsed all the same.
       return 0;
     }
@@ -461,7 +453,7 @@ class Parser {
   // Its name stands before the place.
   std::string SourceFailure() const {
     try {
-      std::rethrow_exception(thrown_);
+      std::rethrow_exception(source_failure_);
     } catch (const Failure& failure) {
       return std::string(failure.what()).substr(source_.Name().size() + 2);
     }
@@ -469,8 +461,8 @@ class Parser {
 
   ByteSource& source_;
   xmlParserCtxt* context_ = nullptr;  // Owned.
-  std::exception_ptr thrown_;
-  bool source_failed_ = false;
+  std::exception_ptr thrown_;         // by a callback
+  std::exception_ptr source_failure_;
   bool conversion_failed_ = false;
   bool is_over_ = false;  // whatever is still reported
   std::uint64_t delivered_ = 0;
@@ -555,7 +547,7 @@ class Reading final : public Parser {
 
   // Nothing was found that could be an element of a guide.
   [[noreturn]] void RefuseAll() const {
-    if (SourceFailed()) Rethrow();
+    if (WhySourceFailed() != nullptr) std::rethrow_exception(WhySourceFailed());
     std::string_view beginning = Source().Beginning();
     beginning.remove_prefix(std::min(beginning.find_first_not_of(" \t\r\n"), beginning.size()));
     if (beginning.empty()) throw Failure(Source().Name() + ": is empty");

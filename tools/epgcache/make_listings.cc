@@ -34,7 +34,7 @@ std::string TextOf(const Count& count) {
   return std::to_string(count.number) + " " + (count.number == 1 ? count.one : count.several);
 }
 
-// The counts that are not 0, under a heading of `width` columns that stands on their first line.
+// The counts that are not 0, a line each; the first one begins with the heading.
 void AppendCounts(const char* heading, const std::vector<Count>& counts, std::string& text) {
   for (const Count& count : counts) {
     if (count.number == 0) continue;
