@@ -14,6 +14,8 @@
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/guide.h"
 #include "tools/epgcache/guide_reader.h"
+#include "tools/epgcache/losses.h"
+#include "tools/epgcache/reader_walk.h"
 
 namespace {
 
@@ -58,10 +60,21 @@ void CheckListings(const std::string& listings, const epgcache::Guide& guide,
   }
 }
 
+// What --check does beside asking the importers.
+void CheckTheCheck(const std::string& name, std::string_view bytes) {
+  const auto stop = epgcache::WalkAsImporters(name, bytes);
+  fuzz::Check(!stop || stop->at <= bytes.size(), "a place lies in the file");
+  epgcache::Options options;
+  options.max_size = 1 << 20;
+  for (const auto& loss : epgcache::FindLosses(name, bytes, options).counts)
+    fuzz::Check(loss.count != 0, "what is listed is lost");
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string input(fuzz::MemoryFile(fuzz::View(data, size)).View());
+  if (size != 0) CheckTheCheck(input, fuzz::View(data, size));
   // One byte of the input chooses how.
   const bool windows = size != 0 && (data[size - 1] & 1) != 0;
   epgcache::ReadingOptions reading;

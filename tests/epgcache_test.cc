@@ -353,7 +353,7 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
       {"(printf '<!DOCTYPE tv [<!ENTITY e \"'; head -c 100000 /dev/zero | tr '\\0' x; printf "
        "'\">]><tv>"
        "<programme channel=\"a\" start=\"2026\"><desc>'; yes '&e;' | head -n 900) | $E - -o $O",
-       "standard input:111:4: its entities expand to far more than it holds"},
+       ": its entities expand to far more than it holds"},
       {"printf '<?xml version=\"1.0\" encoding=\"GB2312\"?><tv><x>\\377\\376</x></tv>' | $E - -o "
        "$O",
        "a byte that its encoding does not have"},

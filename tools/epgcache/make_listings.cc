@@ -124,6 +124,8 @@ class Making {
     const Written written =
         WriteCache(guide_, text_, [&file](std::string_view bytes) { file.Write(bytes); });
     file.Commit();
+    if (!options_.output.ends_with(".xml"))
+      Tell("scripts name listings without their \".xml\", so the file has to be called so");
     if (!options_.quiet) Tell(Summary(options_, guide_.Tally(), references_, written));
     return 0;
   }
