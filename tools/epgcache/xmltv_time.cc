@@ -164,6 +164,7 @@ std::optional<Zone> Zone::Fixed(std::string_view text) {
 }
 
 std::optional<Zone> Zone::Of(std::string_view text) {
+  if (text == "UTC") return Zone();
   if (text != "local") {
     if (!HasRules(text)) return Fixed(text);
     setenv("TZ", std::string(text).c_str(), 1);
@@ -204,7 +205,7 @@ std::optional<XmltvTime> ParseXmltvTime(std::string_view text, const Zone& zone)
   const bool is_unknown = !own && !suffix.empty();
   if (is_unknown && std::isalpha(static_cast<unsigned char>(suffix.front())) == 0)
     return std::nullopt;
-  const auto minutes = Fitting((own ? *own : zone).ToUtc(*clock));
+  const auto minutes = Fitting(own ? own->ToUtc(*clock) : zone.ToUtc(*clock));
   if (!minutes) return std::nullopt;
   return XmltvTime{*minutes, is_unknown};
 }
