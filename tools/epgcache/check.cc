@@ -61,17 +61,14 @@ struct Verdict {
   std::string reason;                    // which it logs then
 };
 
+// The log has it escaped.
 std::string Unescaped(std::string_view text) {
-  constexpr std::pair<std::string_view, char> kReferences[] = {
-      {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
   std::string plain;
-  while (!text.empty()) {
-    const auto* const found =
-        std::find_if(std::begin(kReferences), std::end(kReferences),
-                     [text](const auto& reference) { return text.starts_with(reference.first); });
-    const bool is_plain = found == std::end(kReferences);
-    plain += is_plain ? text.front() : found->second;
-    text.remove_prefix(is_plain ? 1 : found->first.size());
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string_view name = text[at] == '&' ? ReferenceAt(text.substr(at)) : "";
+    const char character = CharacterOf(name);
+    plain += character != '\0' ? character : text[at];
+    if (character != '\0') at += name.size() + 1;
   }
   return plain;
 }
@@ -109,14 +106,13 @@ Format FormatOf(const std::string& name) {
 void FindHiddenMark(std::string_view bytes, const Markup& root, bool is_seen,
                     std::vector<Stop>& stops) {
   const TagParts parts = PartsOf(bytes, root);
-  const std::string_view generator = parts.ValueOf(kGenerator);
-  if (parts.attributes.end() ==
-      std::find_if(parts.attributes.begin(), parts.attributes.end(),
-                   [](const TagAttribute& attribute) { return attribute.name == kGenerator; })) {
+  const TagAttribute* const generator = parts.Find(kGenerator);
+  if (generator == nullptr) {
     stops.push_back({root.begin, std::string("<tv> has no ") + kGenerator +
                                      "=\"XMLTV\", by which the plug-in knows XMLTV"});
-  } else if (!SameLetters(generator, "XMLTV")) {
-    stops.push_back({root.begin, std::string(kGenerator) + " of <tv> is " + Quoted(generator) +
+  } else if (!SameLetters(generator->value, "XMLTV")) {
+    stops.push_back({root.begin, std::string(kGenerator) + " of <tv> is " +
+                                     Quoted(generator->value) +
                                      ", and the plug-in knows XMLTV by \"XMLTV\""});
   }
   const std::string oddity = AttributeOddity(bytes, root);

@@ -33,17 +33,15 @@ bool IsOneOf(std::string_view name, const std::string_view (&names)[kCount]) {
 
 // What the plug-in's reader hands on of a tag, up to the first '>' that it meets.
 std::string TagAsRead(std::string_view bytes, const Markup& tag) {
-  constexpr std::pair<std::string_view, char> kReferences[] = {
-      {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+  const std::string_view inside = bytes.substr(tag.begin + 1, tag.end - tag.begin - 1);
   std::string text;
   bool in_quotes = false;
-  for (std::size_t at = tag.begin + 1; at < tag.end && bytes[at] != '>'; ++at) {
-    const char byte = bytes[at];
+  for (std::size_t at = 0; at < inside.size() && inside[at] != '>'; ++at) {
+    const char byte = inside[at];
     if (byte == '&') {
-      const std::size_t end = std::min(bytes.find(';', at), tag.end);
-      for (const auto& [name, character] : kReferences) {
-        if (SameLetters(bytes.substr(at + 1, end - at - 1), name)) text += character;
-      }
+      const std::size_t end = std::min(inside.find(';', at), inside.size());
+      const char character = CharacterOf(inside.substr(at + 1, end - at - 1));
+      if (character != '\0') text += character;
       at = end;
       continue;
     }
@@ -107,16 +105,12 @@ class BytesAsRead {
 
   void CountReferences(std::string_view text) {
     for (std::size_t at = 0; (at = text.find('&', at)) != std::string_view::npos; ++at) {
-      if (FindBareAmpersand(text.substr(at, 1 + 40)) == 0) {
+      const std::string_view name = ReferenceAt(text.substr(at));
+      if (name.empty()) {
         ++bare_ampersands;
-        continue;
-      }
-      const std::string_view name = text.substr(at + 1, text.find(';', at) - at - 1);
-      const auto is_it = [name](std::string_view known) { return SameLetters(name, known); };
-      constexpr std::string_view kKnown[] = {"amp", "lt", "gt", "quot", "apos"};
-      if (name.starts_with('#')) {
+      } else if (name.starts_with('#')) {
         ++numeric_references;
-      } else if (std::none_of(std::begin(kKnown), std::end(kKnown), is_it)) {
+      } else if (CharacterOf(name) == '\0') {
         ++other_references;
       }
     }

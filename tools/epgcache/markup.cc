@@ -1,6 +1,7 @@
 #include "tools/epgcache/markup.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/epgcache/text.h"
 
@@ -94,11 +95,16 @@ bool FindRoot(std::string_view text, Markup& root) {
   return false;
 }
 
-std::string_view TagParts::ValueOf(std::string_view name) const {
+const TagAttribute* TagParts::Find(std::string_view name) const {
   for (const TagAttribute& attribute : attributes) {
-    if (attribute.name == name) return attribute.value;
+    if (attribute.name == name) return &attribute;
   }
-  return {};
+  return nullptr;
+}
+
+std::string_view TagParts::ValueOf(std::string_view name) const {
+  const TagAttribute* const found = Find(name);
+  return found != nullptr ? found->value : std::string_view();
 }
 
 TagParts PartsOf(std::string_view text, const Markup& tag) {
@@ -126,11 +132,25 @@ TagParts PartsOf(std::string_view text, const Markup& tag) {
   }
 }
 
+std::string_view ReferenceAt(std::string_view text) {
+  const std::string_view name = text.substr(1, kLongestReference);
+  const std::size_t end = name.find_first_of("; \t\r\n&<>\"'");
+  if (end == std::string_view::npos || name[end] != ';') return {};
+  return name.substr(0, end);
+}
+
+char CharacterOf(std::string_view name) {
+  constexpr std::pair<std::string_view, char> kCharacters[] = {
+      {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+  for (const auto& [known, character] : kCharacters) {
+    if (SameLetters(name, known)) return character;
+  }
+  return '\0';
+}
+
 std::size_t FindBareAmpersand(std::string_view text) {
   for (std::size_t at = 0; (at = text.find('&', at)) != std::string_view::npos; ++at) {
-    const std::string_view name = text.substr(at + 1, kLongestReference);
-    const std::size_t end = name.find_first_of("; \t\r\n&<>\"'");
-    if (end == std::string_view::npos || end == 0 || name[end] != ';') return at;
+    if (ReferenceAt(text.substr(at)).empty()) return at;
   }
   return std::string_view::npos;
 }

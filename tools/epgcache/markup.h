@@ -38,11 +38,21 @@ struct TagParts {
   std::vector<TagAttribute> attributes;
   std::string_view rest;  // from behind the last of them, with the '>'
 
+  // Null when there is none.
+  const TagAttribute* Find(std::string_view name) const;
   // Empty when there is none.
   std::string_view ValueOf(std::string_view name) const;
 };
 
 TagParts PartsOf(std::string_view text, const Markup& tag);
+
+// What stands between the '&' at the beginning of a text and its ';'; empty when that '&' begins no
+// reference.
+std::string_view ReferenceAt(std::string_view text);
+
+// The character of one of XML's five names, in any letter case, as the plug-in's reader has them;
+// NUL for others.
+char CharacterOf(std::string_view name);
 
 // Where the first '&' stands that begins no reference; npos when there is none.
 std::size_t FindBareAmpersand(std::string_view text);
