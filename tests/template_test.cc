@@ -91,7 +91,8 @@ TEST_F(FieldTest, FlagsStandInOrder) {
 TEST_F(FieldTest, StarRatingIsDrawn) {
   const auto words = Words(
       "3/5 * ***  3/5 *,- ***--  3/5 ,- --  3/5 *, ***  1/2 ab,c,d abc,d  5/3 *,- *****  2 *,- ** "
-      "-2/3 *,- ---  0/0 * none  2.5of3/4/9 *,- **--  /2 *,- --  x *,- none  4294967297/2 *,- *- "
+      "7/9 ab,c,d abababababababc,dc,d  -2/3 *,- ---  0/0 * none  2.5of3/4/9 *,- **--  /2 *,- --  "
+      "x *,- none  4294967297/2 *,- *- "
       "2000000000/9 ,- none");
   for (std::size_t i = 0; i < words.size(); i += 3) {
     program_.star_rating = std::string_view(words[i]);
