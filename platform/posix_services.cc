@@ -36,7 +36,7 @@ FileTime LocalOffset() {
     std::time_t second = 0;
     FileTime offset = 0;
   } known;
-  if (!known.valid || known.second != now || overrides.clock != nullptr) {
+  if (!known.valid || known.second != now) {
     ::tzset();  // localtime_r alone need not notice a changed zone
     std::tm local = {};
     known.offset = ::localtime_r(&now, &local) != nullptr ? local.tm_gmtoff * kTicksPerSecond : 0;

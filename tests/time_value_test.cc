@@ -70,9 +70,14 @@ TEST(ConvertLocalTime2String, RelatesDaysByLocalMidnights) {
 
 TEST(ConvertLocalTime2String, TakesTheSystemsZoneAsItIsNow) {
   FakePlatform system;
-  ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
-  system.SetClock(At("2007-07-01 22:10"));  // behind midnight in summer time
-  EXPECT_EQ("Mon, Feb 05, 02:00 (2007)|Feb-05|", Shown(kFeb5, {0, 3}));
+  std::int32_t now = At("2007-07-01 22:10");  // behind midnight in summer time
+  for (const auto& [zone, shown] :
+       {std::pair{"CET-1CEST,M3.5.0,M10.5.0/3", "Mon, Feb 05, 02:00 (2007)|Feb-05|"},
+        {"EST5", "Sun, Feb 04, 19:00 (2007)|Feb-04|"}}) {
+    ::setenv("TZ", zone, 1);
+    system.SetClock(++now);
+    EXPECT_EQ(shown, Shown(kFeb5, {0, 3}));
+  }
   ::unsetenv("TZ");
 }
 
