@@ -31,6 +31,8 @@ TEST(Mstr, TakesPartsOfItself) {
     EXPECT_STREQ((part + part).c_str(), text.Text());
     text.Format("%s%s", text.Text() + part.size(), text.Text());
     EXPECT_EQ(part + part + part, text.View());
+    text.Format("%s", whole.c_str());
+    EXPECT_EQ(whole, text.View());
   }
 }
 
@@ -43,6 +45,11 @@ TEST(Mstr, SumsOfIdsStayApart) {
     sums.insert(MSTR("Programme title " + std::to_string(100 + i / 300)).Id() + station.Id());
   }
   EXPECT_GE(sums.size(), 90'000u - 8);  // chance alone makes about one meet another
+  for (std::string text = "a"; text.size() <= 40; text += 'a') {
+    const std::uint32_t id = MSTR(text).Id();
+    text.back() = 'b';
+    EXPECT_NE(id, MSTR(text).Id()) << text;
+  }
 }
 
 // An element as "name@attribute=value{text, then children}".
@@ -63,11 +70,12 @@ TEST(Mxml, KeepsTextsAsTheyStandAndNothingOfAMalformedDocument) {
       {"\xef\xbb\xbf<?x?><!-- <a> --><!DOCTYPE r [<!ENTITY x \"]>\">]><r/>\n", "{r{}}"},
       {"<r a='x \"y\"'\n\tb = \"&apos;>\" a='2'></r >", "{r@a=x \"y\"@b='>@a=2{}}"},
       {"<r> x\r\n<b>y</b> z<c/><!-- <d> --><?e f?> </r>", "{r{ x\r\n z b{y}c{}}}"},
-      {"<r>&lt;&#65;&#x20aC;&no;&#0;& ;<![CDATA[<b>&lt;]]]></r>", "{r{<A€&no;&#0;& ;<b>&lt;]}}"},
+      {"<r>&lt;&#65;&#x20aC;&#xFf;&#128512;&#x110000;&no;&#0;& ;<![CDATA[<b>&lt;]]]></r>",
+       "{r{<A€ÿ😀&#x110000;&no;&#0;& ;<b>&lt;]}}"},
       {"<r>\0\xff</r>"s, "{r{\0\xff}}"s},
       {whole, "{r@a=1{b{<x}c{}}}"}};
   for (const char* malformed : {"<r></q>", "<r><!x></!x></r>", "<a><b></a></b>", "<r/><r/>", "</r>",
-                                "<r/>x", "<r a/>", "<r a='<'/>"}) {
+                                "<r/>x", "<r/><!DOCTYPE r>", "<r a/>", "<r a='<'/>"}) {
     rows.emplace_back(malformed, "{}");
   }
   for (std::size_t end = 0; end < whole.size(); ++end)
@@ -123,8 +131,12 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
     void Run() override {
       begun.release();
       gate.acquire();
-      for (std::size_t i = 0; i < kEntries; ++i) ORVANE::MLog.Log("%zu", i);
+      for (std::size_t i = 0; i < kEntries; ++i) ORVANE::MLog.Log("%s", Entry(i).c_str());
       if (CheckStop()) throw std::runtime_error("no %s disk");
+    }
+    // Some are as long as what a log keeps on the stack.
+    static std::string Entry(std::size_t i) {
+      return std::to_string(i) + std::string(i % 300, '-');
     }
     std::binary_semaphore begun{0}, gate{0};
   };
@@ -138,7 +150,7 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
   while (worker.Active()) std::this_thread::yield();
   const std::vector<std::string> entries = log.Take();
   ASSERT_EQ(kEntries + 1, entries.size());
-  for (std::size_t i = 0; i < kEntries; ++i) ASSERT_EQ("log: " + std::to_string(i), entries[i]);
+  for (std::size_t i = 0; i < kEntries; ++i) ASSERT_EQ("log: " + Worker::Entry(i), entries[i]);
   EXPECT_EQ("error: A thread ended by an exception: no %s disk", entries.back());
 }
 

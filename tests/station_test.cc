@@ -168,7 +168,7 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
   CProviderData store;
   for (int round = 0; round < 2; ++round) {  // again after Clear
     EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", store.GetStatistics().View());
-    for (const char* const key : {"one", "One", "one", "two"}) {
+    for (const char* const key : {"empty", "one", "One", "one", "two"}) {
       auto station = std::make_unique<CStation>(store.Memory());
       CProgram program;
       station->key = program.key = key;
@@ -176,13 +176,14 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
       EXPECT_EQ(is_new, store.AddStation(station));
       EXPECT_EQ(is_new, store.AddProgram(program).second);
     }
-    EXPECT_EQ(store.GetStation(1), store.FindStation("One"));
-    Insert(*store.GetStation(1), 600, 2000);
-    Insert(*store.GetStation(2), 500, 800);
+    EXPECT_EQ(store.GetStation(2), store.FindStation("One"));
+    Insert(*store.GetStation(1), 600, 900);
+    Insert(*store.GetStation(2), 500, 2000);
+    Insert(*store.GetStation(3), 700, 800);
     std::pair<Time, Time> range;
     store.GetTimeRange(range.first, range.second);
     EXPECT_EQ((std::pair{500, 2000}), range);
-    EXPECT_EQ("Stations: 3   Programmes: 3   Schedule Items: 2", store.GetStatistics().View());
+    EXPECT_EQ("Stations: 4   Programmes: 4   Schedule Items: 3", store.GetStatistics().View());
     store.Clear();
   }
 }

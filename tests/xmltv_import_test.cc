@@ -120,14 +120,15 @@ TEST_F(XmltvImport, SharesProgrammesOfOneText) {
   };
   while (sum() >= 0x1000000) title += '.';  // until the key has no more than six digits
   const std::string same = "<sub-title>S</sub-title><desc>D</desc><title>" + title + "</title>";
-  ImportElements("<programme channel='a'>" + same + "<category>Food</category><new/></programme>" +
-                 "<programme channel='b'>" + same + "<category>News</category>" +
+  ImportElements("<programme channel='a'>" + same +
+                 "<category>Food</category><new>old</new></programme>" +
+                 "<programme channel='b'><premiere/>" + same + "<category>News</category>" +
                  "<credits><director>Ann</director></credits><previously-shown/></programme>" +
                  "<programme channel='b' start='2007'>" + same +
                  "<credits><actor>Bob</actor></credits></programme>");
   const std::string texts = "Title=" + title + "|EpisodeTitle=S|Description=D|";
   EXPECT_EQ(texts + "Genre=Food|New=Y", Describe(Item(0, 0)));
-  EXPECT_EQ(texts + "Genre=Food|Repeat=Y", Describe(Item(1, 0)));
+  EXPECT_EQ(texts + "Genre=Food|Repeat=Y|Premiere=Premiere", Describe(Item(1, 0)));
   EXPECT_EQ(texts + "Actors=Bob", Describe(Item(1, 1)));
   MSTR key;
   key.Format("X%X", sum());
@@ -168,7 +169,7 @@ TEST_F(XmltvImport, SaysWhatIsWrongWithAFile) {
 TEST_F(XmltvImport, ReparsesDescriptions) {
   const std::string rows[][3] = {
       // text, result, log
-      {"It&#8217;s&#x2019;&#X20Ac;&#xe9;&#x81;", "It\x92s\x92\x80\xe9\x81", ""},
+      {"It&#8217;s&#x2019;&#X20Ac;&#xFf;&#160;&#x81;", "It\x92s\x92\x80\xff\xa0\x81", ""},
       {"&# 65x;&#x4z;&#65601;&#x10041;", "A@AA", ""},  // 16 bits; what is no digit is passed over
       {"&#12354;!", ".!", "log: ReParse() Error: Used default character for &#12354;."},
       {"&#X3A9;%s", ".%s", "log: ReParse() Error: Used default character for &#x3a9;."},
