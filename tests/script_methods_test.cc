@@ -27,7 +27,6 @@ using ORVANE::INSTANCEPTR;
 using ORVANE::MSSINSTANCE;
 using ORVANE::MSSMODULE;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Arguments = std::vector<std::variant<std::int32_t, const char*>>;
 using Instances = std::vector<INSTANCEPTR>;
 
@@ -111,18 +110,13 @@ TEST_F(ScriptMethods, AnswerFromTheScheduleOrSayWhichArgumentIsWrong) {
     std::string result;
   } rows[] = {
       {"GetStationId", {0, "extra"}, "'Metro-City-One'"},
-      {"GetStationName", {0}, "'Metro'"},
       {"GetNowTime", {-30}, std::to_string(now - now % 30)},
-      {"GetStartTime", {}, std::to_string(eight)},
-      {"GetEndTime", {}, std::to_string(eight + 360)},
+      {"GetNowTime", {0}, std::to_string(now)},
       {"ConvertLocalTime2String", {eight, 0}, "'Mon, Feb 05, 09:00 (2007)'"},
       {"GetFirstProgram4Time", {0, eight + 60, eight + 90}, "1"},
       {"GetFirstProgram4Time", {0, eight + 180, eight + 301}, "2"},
       {"GetFirstProgram4Time", {1, eight, eight + 60}, "-1"},
-      {"GetProgramStartTime", {0, 1}, std::to_string(eight + 60)},
-      {"GetProgramEndTime", {0, 1}, std::to_string(eight + 150)},
       {"GetProgramName", {0, 1}, "'%s'"},
-      {"GetProgramCount", {0}, "3"},
       {"GetProgramData", {0, 0, "$Title[$(: )$EpisodeTitle] $Time"}, "'Tea: Scones 09:00 am'"},
       {"GetProgramData", {0, 2, "[$(x)$Title]%n[$Genre]"}, "'Jam%n'"},
       {"GetProgramStartTime", {0, 3}, "-1"},
@@ -239,12 +233,50 @@ TEST_F(InstancePool, CopiesCarryBindingAndModule) {
   Instances taken = Take(2);
   ORVANE::Bind(*taken[0], &entity);
   EXPECT_TRUE(taken[1]->Copy(taken[0].get()));
+  EXPECT_TRUE(taken[1]->Copy(std::make_unique<ORVANE::MSSINTEGER>().get()));  // nothing to copy
   taken.emplace_back(taken[0]->Clone());
   taken.emplace_back(taken[0]->MakeCopy());
   for (const INSTANCEPTR& copy : taken) {
     EXPECT_EQ(&entity, dynamic_cast<CEPGBrowser::MSS&>(*copy).entity.Get());
     EXPECT_EQ(module_, copy->Module());
   }
+}
+
+using ScriptModule = InstancePool;
+
+TEST_F(ScriptModule, TellsTheEngineItsMethodsParentAndFlags) {
+  ORVANE::MSTR methods;
+  for (int i = 0; const auto* const method = module_->FindMethod(i); ++i) {
+    methods.Format("%s%s %i %i %i, ", methods.Text(), method->name.Text(), method->minimum_locals,
+                   method->maximum_locals, method->stack);
+  }
+  EXPECT_EQ(
+      "InitSchedule 4 4 6, GetReady 1 1 3, GetStationCount 1 1 3, GetStationId 2 2 4, "
+      "GetStationName 2 2 4, GetNowTime 2 2 4, GetStartTime 1 1 3, GetEndTime 1 1 3, "
+      "ConvertLocalTime2String 3 3 5, GetFirstProgram4Time 4 4 6, GetProgramStartTime 3 3 5, "
+      "GetProgramEndTime 3 3 5, GetProgramName 3 3 5, GetProgramCount 2 2 4, "
+      "GetProgramData 4 4 6, ",
+      methods.View());
+  struct Inside : MSSMODULE {
+    using MSSMODULE::flags_, MSSMODULE::parent_;
+  };
+  EXPECT_EQ(3U, module_->*&Inside::flags_);
+  EXPECT_EQ(ORVANE::ENTITY::MSS::MODULE::_Module.Get(), (module_->*&Inside::parent_).Get());
+}
+
+TEST_F(ScriptModule, ClassRecordsMakeObjectsOfTheirClass) {
+  const auto make = [](const char* name) {
+    const ORVANE::MOBJ::SREC* const record = ORVANE::MOBJ::SREC::Find(name);
+    std::unique_ptr<ORVANE::MOBJ, ORVANE::RELEASE> object(record->Create());
+    EXPECT_EQ(record, object->_GetSerializeRecord()) << name;
+    return object;
+  };
+  const auto browser = make("CEPGBrowser");
+  EXPECT_FALSE(dynamic_cast<CEPGBrowser&>(*browser).HasLoader());
+  const auto instance = make("CEPGBrowser::MSS");
+  EXPECT_EQ(module_, dynamic_cast<CEPGBrowser::MSS&>(*instance).Module());
+  const auto params = make("CEPGBrowser::CREATEPARAMS");
+  EXPECT_NE(nullptr, dynamic_cast<ORVANE::ENTITY::CREATEPARAMS*>(params.get()));
 }
 
 TEST(EntryPoints, WarnOfReferencesToItsModuleAlone) {
