@@ -168,10 +168,11 @@ TEST_F(Browser, KeepsTheTextOfAnOpenMessageBox) {
 using Loader = Browser;
 
 TEST_F(Loader, IsStoppedAndAwaitedByItsEnd) {
-  CEPGLoaderThread stopped(*browser_, a_.Name());
-  EXPECT_TRUE(stopped.SetProgress(12));
-  stopped.Stop();
-  EXPECT_FALSE(stopped.SetProgress(12));
+  CEPGLoaderThread ended(*browser_, b_.Name());
+  ended.Start();
+  EXPECT_TRUE(Eventually([&] { return ended.Ended(); }));
+  ended.StopAndWait();
+  EXPECT_FALSE(ended.Ended() || ended.CheckStop());
   auto loader = std::make_unique<CEPGLoaderThread>(*browser_, a_.Name());
   const ORVANE::MTHREAD& thread = *loader;
   std::unique_lock gate(gate_);

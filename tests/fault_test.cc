@@ -1,7 +1,10 @@
 // What becomes of loads and calls when memory runs out, or a file's reads misbehave. Stands in for
 // the C library's allocation and read; not built under a sanitizer, which does the same.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -24,8 +27,11 @@ namespace {
 
 std::atomic<long> allocations_left = -1;  // until one fails; negative: none does
 std::atomic<long> live_blocks = 0;
-std::atomic<long> reads_left = -1;  // until one fails; negative: none does
-std::atomic<std::size_t> longest_read = SIZE_MAX;
+std::atomic<long> reads_left = -1;                 // until one fails; negative: none does
+std::atomic<std::size_t> longest_read = SIZE_MAX;  // a shorter one is first interrupted
+std::atomic<bool> no_threads = false;
+const ORVANE::MREFOBJ* watched = nullptr;
+int watched_references = -1;  // when the last large block was freed
 
 bool Fails(std::atomic<long>& left, int error) {
   if (left.load() < 0 || left.fetch_sub(1) != 0) return false;
@@ -66,11 +72,25 @@ void* realloc(void* block, std::size_t size) {
 }
 void free(void* block) {
   if (block != nullptr) --live_blocks;
+  if (watched != nullptr && ::malloc_usable_size(block) > 10'000) {
+    watched_references = watched->RefCount();
+  }
   __libc_free(block);
 }
 ssize_t read(int file, void* buffer, std::size_t count) {
+  static std::atomic<unsigned> short_reads = 0;
   if (Fails(reads_left, EIO)) return -1;
+  if (longest_read != SIZE_MAX && short_reads++ % 2 == 0) {
+    errno = EINTR;
+    return -1;
+  }
   return ::syscall(SYS_read, file, buffer, std::min(count, longest_read.load()));
+}
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                   void* argument) {
+  static const auto create =
+      reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+  return no_threads ? EAGAIN : create(thread, attributes, body, argument);
 }
 }
 #pragma GCC visibility pop
@@ -215,7 +235,7 @@ TEST(MemoryRunsOut, AtAnyAllocationOfAnEntityAndItsLoad) {
   Release();
 }
 
-TEST(Reads, MayBeShortOrFail) {
+TEST(Reads, MayBeShortOrInterruptedOrFail) {
   CEPGBrowser browser;
   for (const std::string& path : GoodFiles()) {
     SCOPED_TRACE(path);
@@ -236,6 +256,32 @@ TEST(Reads, MayBeShortOrFail) {
     }
     longest_read = SIZE_MAX;
   }
+}
+
+TEST(Threads, MayBeNoneForALoad) {
+  epg_test::FakePlatform platform;
+  CEPGBrowser browser;
+  ASSERT_EQ(Load(browser, *GoodFiles().begin()), "");
+  no_threads = true;
+  EXPECT_TRUE(browser.InitSchedule("", "", "none"));
+  no_threads = false;
+  browser.Think(10);
+  EXPECT_FALSE(browser.HasLoader() || browser.Schedule() != nullptr);
+  const std::vector<std::string> boxes = platform.TakeMessageBoxes();
+  EXPECT_TRUE(boxes.size() == 1 && boxes[0].find("thread") != std::string::npos);
+}
+
+TEST(Unloading, EmptiesTheModuleHolderBeforeThePool) {
+  std::string error;
+  auto plugin = ORVANE::PLUGIN::Load(EPG_MODULE, error);
+  ASSERT_NE(plugin, nullptr) << error;
+  plugin->Initialise();
+  watched = ORVANE::MSSMODULE::Find("EPGBROWSER");  // outlives the library without a Release
+  static_cast<void>(ORVANE::CreateInstance("EPGBROWSER").release());
+  EXPECT_EQ(watched->RefCount(), 2);
+  plugin.reset();
+  EXPECT_EQ(watched_references, 0);
+  watched = nullptr;
 }
 
 }  // namespace

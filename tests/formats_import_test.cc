@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -94,13 +95,13 @@ constexpr const char* kStations =
     "<f1>900</f1><f2>960</f2><f3>P2</f3></Item><Item><f1>600</f1><f2>660</f2><f3>P1</f3></Item>"
     "<Item><f1>600</f1><f2>700</f2><f3>P2</f3></Item><Gap><f1>1</f1></Gap></Schedule></Station>"
     "<Station><StationData><f1>S</f1></StationData></Station><Station><Schedule><Item><f1>5</f1>"
-    "<f3>P9</f3></Item></Schedule></Station></StationList>";
+    "</Item></Schedule></Station></StationList>";
 
 TEST_F(FormatsImport, CacheFilesFillAStore) {
   const std::string loaded =
       "File \"FILE\" loaded OK.  Stations: 2   Programmes: 3   Schedule Items: 3  (1056 msec)";
   EXPECT_EQ(Cache(kPrograms + "<Skip><a>b</a></Skip>"s + kStations), "true " + loaded);
-  EXPECT_EQ(Stations(), "S|Net|Call|7|8|0: 600-660 Tea 900-960 Jam\n|||-1|-1|-1: 5--1 none\n");
+  EXPECT_EQ(Stations(), "S|Net|Call|7|8|0: 600-660 Tea 900-960 Jam\n|||-1|-1|-1: 5--1 \n");
   EXPECT_EQ(log_.Take().at(0), "log: File \"" + file_.Path() + loaded.substr(10));
   EXPECT_EQ(progress_.Position(), progress_.Range());
   EXPECT_GT(progress_.Range(), 0);
@@ -172,6 +173,7 @@ TEST_F(FormatsImport, TitanDocumentsFailWithTheirReason) {
   const char* const rows[][3] = {
       {"ProviderID>", "x>", "false Container 'Provider' not found."},
       {">0</ErrorCode>", ">7</ErrorCode>", "false It %s broke"},
+      {">0</ErrorCode>", ">-1</ErrorCode>", "false It %s broke"},
       {">0</ErrorCode><ErrorDescription>It %s broke</ErrorDescription>", "> 12x</ErrorCode>",
        "false XML data contained ErrorCode = 12, error description not found."},
       {"</x>", "", "false XML load failed, document length is zero."},
@@ -282,6 +284,22 @@ TEST_F(ImportDriver, TellsTheReasonOfAFailureInTheLogAlone) {
   EXPECT_EQ(Drive(odd.Path()), rows[0].second);
   for (const auto& path : {odd.Stem(), odd.Path().substr(0, odd.Path().rfind('/'))}) {
     EXPECT_EQ(Drive(path), "-\nFailed to open file \"FILE\".\nlog: Failed to open file \"FILE\".");
+  }
+}
+
+TEST_F(ImportDriver, FailsWhenTheFileIsGoneAtTheSecondOpen) {
+  for (const std::string root :
+       {"x", "x generator-info-name='XMLTV'", "x xmlns='http://www.norvex.example'"}) {
+    file_.Write("<" + root + "></x>");
+    std::string reason;
+    ORVANE::MLog.SetSink([&](auto, std::string_view text) {
+      std::filesystem::remove(file_.Path());
+      reason = text.substr(text.find('[') + 1);
+    });
+    MSTR status;
+    EXPECT_EQ(nullptr, ImportEPGFile(file_.Name(), status, nullptr)) << root;
+    EXPECT_EQ("Failed to open file &quot;" + file_.Path() + "&quot;.]", reason) << root;
+    EXPECT_EQ("Can't identify content, don't know how to decode!", status);
   }
 }
 
