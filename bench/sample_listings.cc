@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "import/import_driver.h"
+#include "platform/calendar.h"
 
 namespace bench {
 
@@ -22,7 +23,7 @@ namespace {
 
 constexpr int kStations = 48;
 constexpr int kDays = 14;
-constexpr std::int32_t kUnixEpoch = 134774 * 1440;
+constexpr std::int32_t kUnixEpoch = platform::kUnixEpoch / platform::kTicksPerMinute;
 constexpr std::int32_t kBegin = kUnixEpoch + 20'000 * 1440;
 
 struct Programme {

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "browser/progress_indicator.h"
 #include "host/mstr.h"
 #include "host/mthread.h"
+#include "import/progress_indicator.h"
 
 class CEPGBrowser;
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/mstrm.h"
+#include "text/entities.h"
 
 namespace ORVANE {
 
@@ -81,15 +82,9 @@ void AppendUtf8(std::uint32_t code, MSTR& text) {
 
 // Reads what stands between '&' and ';'. False when it names no character.
 bool AppendReference(std::string_view name, MSTR& text) {
-  static constexpr struct {
-    std::string_view name;
-    char character;
-  } kEntities[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-  for (const auto& entity : kEntities) {
-    if (entity.name == name) {
-      text += entity.character;
-      return true;
-    }
+  if (const char character = EntityCharacter(name); character != '\0') {
+    text += character;
+    return true;
   }
   if (name.size() < 2 || name[0] != '#') return false;
   const bool hexadecimal = name[1] == 'x';

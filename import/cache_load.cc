@@ -5,6 +5,7 @@
 
 #include "import/listings_import.h"
 #include "platform/services.h"
+#include "text/letters.h"
 
 using ORVANE::MSTR;
 
@@ -56,7 +57,7 @@ bool CProviderData::LoadCacheXML(const MSTR& file_name, MSTR& status,
   const std::uint32_t began = platform::GetTickCount();
   const bool has_children = ReadListingsRoot(load.reader, load.root, "ProviderData");
   const MSTR name_space = load.root.GetAttribute("xmlns");
-  if (!EqualIgnoringCase(name_space, kMakerNamespace)) {
+  if (!EqualIgnoringCase(name_space.View(), kMakerNamespace)) {
     status.Format("Unexpected xmlns value: \"%s\".", name_space.Text());
     return false;
   }

@@ -5,7 +5,8 @@
 #include "import/listings_import.h"
 #include "import/rt_data.h"
 #include "import/xmltv_data.h"
-#include "xml/xml_escape.h"
+#include "text/entities.h"
+#include "text/letters.h"
 
 using ORVANE::MLog;
 using ORVANE::MSTR;
@@ -28,7 +29,7 @@ std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, Impo
                                       const Request& request, char punctuation) {
   if (((*store).*importer)(request.file_name, request.status, request.progress)) return store;
   MLog.Log("EPG Loader: Import failed%c [%s]", punctuation,
-           XmlEscape(request.status.View()).Text());
+           XmlEscape(request.status.View()).c_str());
   request.status = "Can't identify content, don't know how to decode!";
   return nullptr;
 }
@@ -66,17 +67,17 @@ std::shared_ptr<CProviderData> ImportEPGFile(const MSTR& file_name, MSTR& status
   const MSTR generator = root.GetAttribute("generator-info-name");
 
   // A root may bear the marks of several formats: the first that is asked for here decides.
-  if (EqualIgnoringCase(name_space, kMakerNamespace)) {
+  if (EqualIgnoringCase(name_space.View(), kMakerNamespace)) {
     MLog.Log("EPG Loader: Importing Norvex format XML, %s.", file_name.Text());
     return Import(MakeStore(root.GetAttributeAsInt("EPGSource", 0)), &CProviderData::LoadCacheXML,
                   {file_name, status, progress}, '.');
   }
-  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) {
+  if (EqualIgnoringCase(name_space.View(), kTitanTVNamespace)) {
     MLog.Log("EPG Loader: Importing Titan TV format XML, %s.", file_name.Text());
     return Import(std::make_shared<CDMData>(), &CProviderData::ImportXML,
                   {file_name, status, nullptr}, '.');
   }
-  if (EqualIgnoringCase(generator, "XMLTV")) {
+  if (EqualIgnoringCase(generator.View(), "XMLTV")) {
     MLog.Log("EPG Loader: Importing XMLTV format XML, %s.", file_name.Text());
     return Import(std::make_shared<CXMLTVData>(), &CProviderData::ImportXML,
                   {file_name, status, progress}, '.');

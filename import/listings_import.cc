@@ -3,20 +3,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "browser/progress_indicator.h"
 #include "host/mlog.h"
+#include "import/progress_indicator.h"
 #include "platform/services.h"
 #include "schedule/time_value.h"
 
 using ORVANE::MLog;
 using ORVANE::MSTR;
-
-bool EqualIgnoringCase(const MSTR& a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; };
-  const std::string_view view = a.View();
-  return std::equal(view.begin(), view.end(), b.begin(), b.end(),
-                    [&](char x, char y) { return lower(x) == lower(y); });
-}
 
 bool OpenListings(CSimpleXMLReader& reader, const MSTR& file_name, MSTR& status) {
   if (reader.Open(file_name, true, false, true)) return true;

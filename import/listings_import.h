@@ -31,9 +31,6 @@ struct Draft {
   }
 };
 
-// Compares ASCII letters without regard to their case, all other bytes exactly.
-bool EqualIgnoringCase(const ORVANE::MSTR& a, std::string_view b);
-
 // Opens a listings file. False: it cannot be opened, and `status` says so.
 [[nodiscard]] bool OpenListings(CSimpleXMLReader& reader, const ORVANE::MSTR& file_name,
                                 ORVANE::MSTR& status);

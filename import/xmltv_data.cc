@@ -6,6 +6,7 @@
 
 #include "host/mlog.h"
 #include "import/listings_import.h"
+#include "import/reparse.h"
 #include "platform/services.h"
 #include "schedule/text_number.h"
 #include "schedule/time_value.h"
@@ -151,103 +152,7 @@ void SetProgramKey(CProgram& program) {
   program.key = std::string_view(digits, static_cast<std::size_t>(end - digits));
 }
 
-// A copy in lower case; only ASCII letters have one.
-MSTR Lowered(std::string_view text) {
-  MSTR lowered;
-  for (const char c : text) {
-    lowered += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-  }
-  return lowered;
-}
-
-// The code unit of a lower-cased reference, without its "&#" and ';'.
-char16_t ReferencedUnit(const MSTR& reference) {
-  if (reference.Text()[0] != 'x') {
-    return static_cast<char16_t>(static_cast<std::uint32_t>(ReadNumber(reference.Text())));
-  }
-  std::uint32_t value = 0;
-  for (const char c : reference.View().substr(1)) {
-    value *= 16;
-    if (c >= '0' && c <= '9') value += static_cast<std::uint32_t>(c - '0');
-    if (c >= 'a' && c <= 'f') value += static_cast<std::uint32_t>(c - 'a' + 10);
-  }
-  return static_cast<char16_t>(value);
-}
-
-// Where a character comes next, for searches that only go forward: one that is not found is looked
-// for once.
-class CNextPosition {
- public:
-  CNextPosition(std::string_view text, char wanted) : text_(text), wanted_(wanted) {}
-
-  std::size_t From(std::size_t begin) {
-    if (begin > found_ || !searched_) {
-      found_ = text_.find(wanted_, begin);
-      searched_ = true;
-    }
-    return found_;
-  }
-
- private:
-  const std::string_view text_;
-  const char wanted_;
-  std::size_t found_ = 0;
-  bool searched_ = false;
-};
-
-void AppendReference(std::string_view raw, MSTR& result) {
-  const MSTR reference = Lowered(raw);
-  bool used_default = false;
-  result += platform::WideCharToMultiByte(ReferencedUnit(reference), '.', used_default);
-  if (used_default) {
-    MLog.Log("ReParse() Error: Used default character for &#%s;.", reference.Text());
-  }
-}
-
-void AppendTag(std::string_view raw, MSTR& result) {
-  const MSTR tag = Lowered(raw);
-  if (tag.View().substr(0, 2) == "br") {
-    result += '\n';
-  } else {
-    MLog.Log("ReParse() - Warning: Unsupported tag in data: \"&lt;%s&gt;\".", tag.Text());
-  }
-}
-
 }  // namespace
-
-MSTR ReParse(MSTR text) {
-  const std::string_view view = text.View();
-  constexpr auto kNone = std::string_view::npos;
-  CNextPosition ampersand(view, '&');
-  CNextPosition opening(view, '<');
-  CNextPosition semicolon(view, ';');
-  CNextPosition bracket(view, '>');
-  MSTR result;
-  std::size_t copied = 0;  // everything before has been dealt with
-  // Most descriptions hold neither: two searches then are 30 times as fast as one for both.
-  const auto next_stop = [&](std::size_t from) {
-    return std::min(ampersand.From(from), opening.From(from));
-  };
-  for (std::size_t at = next_stop(0); at != kNone; at = next_stop(at)) {
-    if (view[at] == '&' && view.substr(at + 1, 1) == "#") {
-      result += view.substr(copied, at - copied);
-      const std::size_t end = semicolon.From(at + 2);
-      if (end != kNone) AppendReference(view.substr(at + 2, end - at - 2), result);
-      copied = end != kNone ? end + 1 : at + 1;
-      at = copied;
-    } else if (const std::size_t end = bracket.From(at + 1); view[at] == '<' && end != kNone) {
-      result += view.substr(copied, at - copied);
-      AppendTag(view.substr(at + 1, end - at - 1), result);
-      copied = end + 1;
-      at = copied;
-    } else {
-      ++at;
-    }
-  }
-  if (copied == 0) return text;
-  result += view.substr(copied);
-  return result;
-}
 
 bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator* progress) {
   CSimpleXMLReader reader;

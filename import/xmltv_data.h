@@ -20,7 +20,3 @@ class CXMLTVData final : public CProviderData {
   bool ImportChannel(ORVANE::MXML::NODE& node);
   bool ImportProgramme(ORVANE::MXML::NODE& node, Draft& draft);
 };
-
-// A description with the numeric references and line-break tags resolved that its file has escaped
-// once more: "It&#8217;s<br>so" gets the system code page's apostrophe and a line feed.
-ORVANE::MSTR ReParse(ORVANE::MSTR text);

@@ -1,14 +1,14 @@
 #include <time.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <iterator>
 #include <new>
+#include <optional>
 #include <string>
 
 #include "platform/calendar.h"
 #include "platform/services.h"
+#include "text/windows_1252.h"
 
 namespace platform {
 
@@ -17,9 +17,6 @@ constinit Overrides overrides = {};
 namespace {
 
 constinit thread_local int last_error = 0;
-
-constexpr FileTime kTicksPerSecond = 10'000'000;
-constexpr FileTime kUnixEpoch = 134774 * kTicksPerDay;  // 1970-01-01
 
 bool Fail(int error) {
   last_error = error;
@@ -82,18 +79,9 @@ std::uint32_t GetTickCount() {
 }
 
 char WideCharToMultiByte(char16_t unit, char default_character, bool& used_default) {
-  // Windows-1252: what its codes 80 to 9F stand for. The five that it does not assign map to
-  // themselves.
-  static constexpr char16_t kUpper[] = {
-      0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6, 0x2030, 0x0160,
-      0x2039, 0x0152, 0x008d, 0x017d, 0x008f, 0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022,
-      0x2013, 0x2014, 0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
-  used_default = false;
-  if (unit < 0x80 || (unit >= 0xa0 && unit <= 0xff)) return static_cast<char>(unit);
-  const auto* const found = std::find(std::begin(kUpper), std::end(kUpper), unit);
-  if (found != std::end(kUpper)) return static_cast<char>(0x80 + (found - kUpper));
-  used_default = true;
-  return default_character;
+  const std::optional<char> byte = ToWindows1252(unit);
+  used_default = !byte;
+  return byte.value_or(default_character);
 }
 
 void MessageBoxA(const char* text, const char* caption, unsigned style) {

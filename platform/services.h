@@ -11,6 +11,7 @@
 namespace platform {
 
 using FileTime = std::int64_t;
+inline constexpr FileTime kTicksPerSecond = 10'000'000;
 inline constexpr FileTime kTicksPerMinute = 600'000'000;
 inline constexpr FileTime kTicksPerDay = 1440 * kTicksPerMinute;
 

@@ -11,6 +11,7 @@
 #include "schedule/station.h"
 #include "schedule/text_number.h"
 #include "schedule/time_value.h"
+#include "text/letters.h"
 
 using ORVANE::MSTR;
 
@@ -34,10 +35,7 @@ void ReadTime(const CScheduleItem& item, std::string_view /*argument*/, MSTR& ou
 
 void ReadFilm(const CScheduleItem& item, std::string_view /*argument*/, MSTR& out) {
   if (item.program == nullptr) return;
-  const auto same = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a | 0x20 : a) == b; };
-  const std::string_view genre = item.program->genre.View();
-  constexpr std::string_view kFilm = "film";
-  if (std::equal(genre.begin(), genre.end(), kFilm.begin(), kFilm.end(), same)) out += 'Y';
+  if (EqualIgnoringCase(item.program->genre.View(), "film")) out += 'Y';
 }
 
 void ReadFlags(const CScheduleItem& item, std::string_view /*argument*/, MSTR& out) {

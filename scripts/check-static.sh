@@ -4,5 +4,5 @@ set -eu
 cd "$(dirname "$0")/.."
 echo "== static analysis"
 cmake --preset release-clang >/dev/null
-scripts/sources.sh host platform xml schedule import browser plugin app tools | grep '\.cc$' |
+scripts/sources.sh text host platform xml schedule import browser plugin app tools | grep '\.cc$' |
   xargs -P "$(nproc)" -n 2 clang-tidy -p build/release-clang --quiet

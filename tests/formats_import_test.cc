@@ -9,9 +9,9 @@
 #include <string_view>
 #include <utility>
 
-#include "browser/progress_indicator.h"
 #include "import/dm_data.h"
 #include "import/import_driver.h"
+#include "import/progress_indicator.h"
 #include "import/rt_data.h"
 #include "tests/support/test_support.h"
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/test_support.h"
+#include "text/entities.h"
 #include "xml/simple_xml_reader.h"
-#include "xml/xml_escape.h"
 
 namespace {
 
@@ -160,7 +160,7 @@ TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
 
 TEST(XmlEscape, EscapesFiveCharacters) {
   EXPECT_EQ("&amp;amp; &lt;b c=&quot;&apos;&quot;&gt;\0\xe9\n"sv,
-            XmlEscape("&amp; <b c=\"'\">\0\xe9\n"sv).View());
+            XmlEscape("&amp; <b c=\"'\">\0\xe9\n"sv));
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "import/reparse.h"
 #include "import/xmltv_data.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@
 #include <tuple>
 #include <utility>
 
-#include "browser/progress_indicator.h"
+#include "import/progress_indicator.h"
 #include "tests/support/test_support.h"
 #include "xml/safe_node.h"
 

@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "text/entities.h"
+#include "text/letters.h"
 #include "xml/work_text.h"
 
 using ORVANE::MSTR;
@@ -18,23 +20,12 @@ bool IsQuote(char c) { return c == '"' || c == '\''; }
 class CEntityName {
  public:
   void Add(char c) {
-    if (length_ < sizeof name_) name_[length_++] = Lower(c);
+    if (length_ < sizeof name_) name_[length_++] = LowerLetter(c);
   }
   // '\0' for a name that means nothing.
-  char Decode() const {
-    static constexpr struct {
-      std::string_view name;
-      char character;
-    } kEntities[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-    for (const auto& entity : kEntities) {
-      if (entity.name == std::string_view(name_, length_)) return entity.character;
-    }
-    return '\0';
-  }
+  char Decode() const { return EntityCharacter({name_, length_}); }
 
  private:
-  static char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
-
   char name_[5] = {};
   std::size_t length_ = 0;
 };

@@ -14,6 +14,7 @@
 #include "host/mlog.h"
 #include "import/import_driver.h"
 #include "import/listings_import.h"
+#include "text/letters.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/losses.h"
@@ -96,9 +97,9 @@ Format FormatOf(const std::string& name) {
   if (!reader.Open(std::string_view(name), true, false, true)) return Format::kOther;
   reader.ReadRoot(root);
   const ORVANE::MSTR name_space = root.GetAttribute("xmlns");
-  if (EqualIgnoringCase(name_space, kMakerNamespace)) return Format::kCache;
-  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) return Format::kTitanTV;
-  if (EqualIgnoringCase(root.GetAttribute(kGenerator), "XMLTV")) return Format::kXmltv;
+  if (EqualIgnoringCase(name_space.View(), kMakerNamespace)) return Format::kCache;
+  if (EqualIgnoringCase(name_space.View(), kTitanTVNamespace)) return Format::kTitanTV;
+  if (EqualIgnoringCase(root.AttributeValue(kGenerator).View(), "XMLTV")) return Format::kXmltv;
   return Format::kOther;
 }
 
