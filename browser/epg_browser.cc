@@ -7,6 +7,7 @@
 #include "browser/epg_loader_thread.h"
 #include "import/import_driver.h"
 #include "platform/services.h"
+#include "text/bad_alloc.h"
 
 using ORVANE::MSTR;
 
@@ -45,7 +46,7 @@ void CEPGBrowser::LoadSchedule(const MSTR& file_name, MSTR& status_text,
   try {
     schedule = ImportEPGFile(file_name, status_text, progress);
   } catch (const std::bad_alloc&) {
-    fail(ORVANE::MBADALLOC().what());
+    fail(CBadAlloc().what());
   } catch (const std::exception& error) {
     fail(error.what());
   }

@@ -4,8 +4,10 @@
 #include <string>
 
 #include "fuzz/fuzz_support.h"
-#include "schedule/program_details.h"
+#include "schedule/fields.h"
 #include "schedule/schedule_item.h"
+#include "schedule/template.h"
+#include "schedule/text_blocks.h"
 
 namespace {
 
@@ -45,9 +47,8 @@ std::string Plain(const CScheduleItem& item, const std::string& text, std::size_
         continue;
       }
       std::size_t begin = 0;
-      const std::string value = name == "Combination"
-                                    ? Plain(item, argument, begin, false)
-                                    : std::string(GetField(item, name, argument).View());
+      const std::string value = name == "Combination" ? Plain(item, argument, begin, false)
+                                                      : GetField(item, name, argument);
       if (value.empty()) {
         for (int depth = 1; at < text.size() && depth > 0; ++at)
           depth += (text[at] == '[') - (text[at] == ']');
@@ -64,17 +65,18 @@ std::string Plain(const CScheduleItem& item, const std::string& text, std::size_
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static CProgram program;
   static CScheduleItem item;
+  static CTextBlocks texts;
   if (field_table.empty()) {
     FillFieldTable();
-    program.title = "Tea";
-    program.genre = "Film";
-    program.star_rating = "3/5";
+    program.title = texts.Keep("Tea");
+    program.genre = texts.Keep("Film");
+    program.star_rating = texts.Keep("3/5");
     item.program = &program;
     item.start = 223998960;
-    item.new_marker = "Y";
+    item.new_marker = texts.Keep("Y");
   }
   const std::string_view text = fuzz::View(data, size);
-  ORVANE::MSTR result;
+  std::string result;
   try {
     result = ExpandTemplate(item, text, false);
   } catch (const std::bad_alloc&) {

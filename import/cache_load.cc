@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "import/listings_import.h"
+#include "import/record_readers.h"
 #include "platform/services.h"
 #include "text/letters.h"
 
@@ -18,11 +19,39 @@ bool LoadPrograms(CCacheLoad& load) {
   CSafeNode& record = load.record;
   return ForEachWholeChild(load.reader, load.collection.name, record, load.status, [&] {
     if (!(record.name == "Prog")) return;
-    CProgram& program = load.draft.program;
-    program.Reset();
-    program.ReadProgramFields(record, kNumbered);
+    auto program = load.store.NewProgram();
+    ReadProgramFields(record, kNumbered, program);
     load.store.AddProgram(program);  // the first of a key wins
   });
+}
+
+// Reads the content of an open `Station` element, up to and including its end tag, into `station`.
+// Gives the number of items added, or -1 when the load has failed; its status says why.
+std::int32_t LoadCacheStation(CCacheLoad& load, CStation& station) {
+  CSafeNode& child = load.station_child;
+  CSafeNode& item_node = load.item;
+  std::int32_t added = 0;
+  const auto load_item = [&] {
+    if (!(item_node.name == "Item")) return;
+    auto item = load.store.NewItem();
+    ReadScheduleItemFields(item_node, kNumbered, 0, item);
+    item->program = load.store.FindProgram(item->program_key.View());
+    if (station.Insert(item)) ++added;
+  };
+  const auto load_child = [&](bool open) {
+    if (!open) return true;
+    if (child.name == "StationData") {
+      if (!load.reader.ReadChildren(child, load.status)) return false;
+      ReadStationFields(child, kNumbered, station, load.store.Memory().texts);
+      return true;
+    }
+    if (child.name == "Schedule") {
+      return ForEachWholeChild(load.reader, child.name, item_node, load.status, load_item);
+    }
+    load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.Text());
+    return false;
+  };
+  return ForEachChild(load.reader, load.record.name, child, load.status, load_child) ? added : -1;
 }
 
 bool LoadStations(CCacheLoad& load) {
@@ -30,9 +59,11 @@ bool LoadStations(CCacheLoad& load) {
   return ForEachChild(load.reader, load.collection.name, record, load.status, [&](bool open) {
     if (!open) return true;
     if (!(record.name == "Station")) return load.reader.ReadChildren(record, load.status);
-    auto station = std::make_unique<CStation>(load.store.Memory());
-    if (station->LoadCacheStation(load) < 0) return false;
-    static_cast<void>(load.store.AddStation(station));  // the first of a key wins
+    CScheduleMemory& memory = load.store.Memory();
+    const CScheduleMemory::Mark before = memory.GetMark();
+    auto station = std::make_unique<CStation>();
+    if (LoadCacheStation(load, *station) < 0) return false;
+    if (!load.store.AddStation(station)) memory.WindBack(before);  // the first of a key wins
     return true;
   });
 }
@@ -63,32 +94,4 @@ bool CProviderData::LoadCacheXML(const MSTR& file_name, MSTR& status,
   }
   if (has_children && !LoadCollections(load)) return false;
   return FinishImport(*this, load.reader, file_name, began, status, progress);
-}
-
-std::int32_t CStation::LoadCacheStation(CCacheLoad& load) {
-  CSafeNode& child = load.station_child;
-  CSafeNode& item_node = load.item;
-  std::int32_t added = 0;
-  const auto load_item = [&] {
-    if (!(item_node.name == "Item")) return;
-    CScheduleItem& item = load.draft.item;
-    item.Reset();
-    item.ReadScheduleItemFields(item_node, kNumbered, 0);
-    item.program = load.store.FindProgram(item.program_key.View());
-    if (Insert(item)) ++added;
-  };
-  const auto load_child = [&](bool open) {
-    if (!open) return true;
-    if (child.name == "StationData") {
-      if (!load.reader.ReadChildren(child, load.status)) return false;
-      ReadStationFields(child, kNumbered);
-      return true;
-    }
-    if (child.name == "Schedule") {
-      return ForEachWholeChild(load.reader, child.name, item_node, load.status, load_item);
-    }
-    load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.Text());
-    return false;
-  };
-  return ForEachChild(load.reader, load.record.name, child, load.status, load_child) ? added : -1;
 }

@@ -14,7 +14,6 @@ struct CCacheLoad {
   CProviderData& store;
   ORVANE::MSTR& status;
   CSimpleXMLReader reader = {};
-  Draft draft = {};
   CSafeNode root = {};
   CSafeNode collection = {};     // a child of the root
   CSafeNode record = {};         // a child of a collection

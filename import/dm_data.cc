@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "import/listings_import.h"
+#include "import/record_readers.h"
 #include "platform/services.h"
 #include "schedule/text_number.h"
 #include "schedule/time_value.h"
@@ -42,9 +43,9 @@ bool CheckErrorCode(const MXML::NODE& collection, MSTR& status) {
 template <typename Importer>
 bool ImportRecords(const MXML::NODE& data, const char* name, MSTR& status, std::int32_t& refused,
                    Importer import) {
-  MXML::NODE* const container = FindContainer(data, name, status);
+  const MXML::NODE* const container = FindContainer(data, name, status);
   if (container == nullptr) return false;
-  for (MXML::NODE* node = container->first_child; node != nullptr; node = node->next_sibling) {
+  for (const auto* node = container->first_child; node != nullptr; node = node->next_sibling) {
     if (!import(*node)) ++refused;
   }
   return true;
@@ -78,21 +79,20 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   }
   const MXML::NODE* const base = FindContainer(*data, "BaseTime", status);
   if (base == nullptr) return false;
-  const std::int32_t base_time = ParseTime(TimeLayout::kYearFirst, base->value);
+  const std::int32_t base_time = ParseTime(TimeLayout::kYearFirst, base->value.View());
   base_time_text = base->value;
 
   // Items are resolved against the stations and programmes before them.
-  Draft draft;
   std::int32_t stations = 0;
   std::int32_t programs = 0;
   std::int32_t items = 0;
   const bool complete =
       ImportRecords(*data, "Stations", status, stations,
-                    [&](MXML::NODE& node) { return ImportStation(node); }) &&
+                    [&](const MXML::NODE& node) { return ImportStation(node); }) &&
       ImportRecords(*data, "Programs", status, programs,
-                    [&](MXML::NODE& node) { return ImportProgram(node, draft); }) &&
+                    [&](const MXML::NODE& node) { return ImportProgram(node); }) &&
       ImportRecords(*data, "Schedules", status, items,
-                    [&](MXML::NODE& node) { return ImportScheduleItem(node, base_time, draft); });
+                    [&](const MXML::NODE& node) { return ImportScheduleItem(node, base_time); });
   if (!complete) return false;
   IndexStations(*this);
 
@@ -109,24 +109,27 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   return true;
 }
 
-bool CDMData::ImportStation(MXML::NODE& node) {
-  auto station = std::make_unique<CStation>(Memory());
-  station->ReadStationFields(node, Kind());
-  return AddStation(station);
+bool CDMData::ImportStation(const MXML::NODE& node) {
+  const CTextBlocks::Mark before = Memory().texts.GetMark();
+  auto station = std::make_unique<CStation>();
+  ReadStationFields(node, Kind(), *station, Memory().texts);
+  if (AddStation(station)) return true;
+  Memory().texts.WindBack(before);
+  return false;
 }
 
-bool CDMData::ImportProgram(MXML::NODE& node, Draft& draft) {
-  draft.program.Reset();
-  draft.program.ReadProgramFields(node, Kind());
-  return AddProgram(draft.program).second;
+bool CDMData::ImportProgram(const MXML::NODE& node) {
+  auto program = NewProgram();
+  ReadProgramFields(node, Kind(), program);
+  AddProgram(program);
+  return program.IsEmpty();
 }
 
-bool CDMData::ImportScheduleItem(MXML::NODE& node, std::int32_t base_time, Draft& draft) {
-  CScheduleItem& item = draft.item;
-  item.Reset();
-  item.ReadScheduleItemFields(node, Kind(), base_time);
-  CStation* const station = FindStation(item.station_key.View());
+bool CDMData::ImportScheduleItem(const MXML::NODE& node, std::int32_t base_time) {
+  auto item = NewItem();
+  ReadScheduleItemFields(node, Kind(), base_time, item);
+  CStation* const station = FindStation(item->station_key.View());
   if (station == nullptr) return false;
-  item.program = FindProgram(item.program_key.View());
+  item->program = FindProgram(item->program_key.View());
   return station->Insert(item);
 }

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
+#include "host/mstr.h"
+#include "host/mxml.h"
 #include "schedule/provider_data.h"
-
-struct Draft;
 
 class CDMData final : public CProviderData {
  public:
@@ -19,8 +19,8 @@ class CDMData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // File one element, read into `draft`; false when it was refused.
-  bool ImportStation(ORVANE::MXML::NODE& node);
-  bool ImportProgram(ORVANE::MXML::NODE& node, Draft& draft);
-  bool ImportScheduleItem(ORVANE::MXML::NODE& node, std::int32_t base_time, Draft& draft);
+  // File one element; false when it was refused.
+  bool ImportStation(const ORVANE::MXML::NODE& node);
+  bool ImportProgram(const ORVANE::MXML::NODE& node);
+  bool ImportScheduleItem(const ORVANE::MXML::NODE& node, std::int32_t base_time);
 };

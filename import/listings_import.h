@@ -1,5 +1,5 @@
-// What the importers share: a file's opening and finish, the walk over an element's children, and
-// the records that one is read into. An importer of a further format begins here.
+// What the importers share: a file's opening and finish, and the walk over an element's children.
+// An importer of a further format begins here.
 //
 // Threads: everything here runs on the import's thread.
 // Errors: std::bad_alloc leaves the store half filled; whoever made it drops it.
@@ -18,18 +18,6 @@ class CProgressIndicator;
 // The namespaces by which the cache format and TitanTV documents are known, in any letter case.
 inline constexpr std::string_view kMakerNamespace = "http://www.norvex.example";
 inline constexpr std::string_view kTitanTVNamespace = "http://www.titantv.com/services/dataservice";
-
-// What a broadcast is read into before the store takes a copy: one pair for a whole import, whose
-// texts keep their storage from one broadcast to the next.
-struct Draft {
-  CScheduleItem item;
-  CProgram program;
-
-  void Reset() {
-    item.Reset();
-    program.Reset();
-  }
-};
 
 // Opens a listings file. False: it cannot be opened, and `status` says so.
 [[nodiscard]] bool OpenListings(CSimpleXMLReader& reader, const ORVANE::MSTR& file_name,

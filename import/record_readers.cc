@@ -1,14 +1,9 @@
-// The operations of the schedule's records that fill them from listing elements, in the three ways
-// in which formats name the values: TitanTV's element names, XMLTV's (channels only), and numbers.
+#include "import/record_readers.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <utility>
 
-#include "schedule/program.h"
-#include "schedule/schedule_item.h"
-#include "schedule/station.h"
 #include "schedule/text_number.h"
 
 using ORVANE::MSTR;
@@ -23,27 +18,22 @@ template <typename Record>
 struct Field {
   std::int32_t number;
   const char* titan_name;
-  void (*assign)(Record& record, MSTR& text, std::int32_t base_time);
+  void (*assign)(Record& record, const MSTR& text, std::int32_t base_time, CTextBlocks& texts);
 };
 
-template <typename Record, MSTR Record::*kText>
-void AssignText(Record& record, MSTR& text, std::int32_t /*base_time*/) {
-  // What a document's node holds ends with the document, without a destructor: only storage that is
-  // surely the text's own changes hands.
-  if (text.OnHeap()) {
-    record.*kText = std::move(text);
-  } else {
-    record.*kText = text;
-  }
+template <typename Record, CText Record::*kText>
+void AssignText(Record& record, const MSTR& text, std::int32_t /*base_time*/, CTextBlocks& texts) {
+  record.*kText = texts.Keep(text.View());
 }
 
 template <typename Record, std::int32_t Record::*kNumber>
-void AssignNumber(Record& record, MSTR& text, std::int32_t /*base_time*/) {
+void AssignNumber(Record& record, const MSTR& text, std::int32_t /*base_time*/,
+                  CTextBlocks& /*texts*/) {
   record.*kNumber = ReadNumber(text.Text());
 }
 
 template <typename Record, std::int32_t Record::*kTime>
-void AssignTime(Record& record, MSTR& text, std::int32_t base_time) {
+void AssignTime(Record& record, const MSTR& text, std::int32_t base_time, CTextBlocks& /*texts*/) {
   // Unsigned, so that a sum beyond 32 bits wraps.
   record.*kTime = static_cast<std::int32_t>(static_cast<std::uint32_t>(base_time) +
                                             static_cast<std::uint32_t>(ReadNumber(text.Text())));
@@ -110,41 +100,43 @@ const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, const M
 }
 
 template <typename Record>
-void ReadFields(Record& record, MXML::NODE& node, ProviderKind dialect, std::int32_t base_time,
-                std::span<const Field<Record>> fields) {
+void ReadFields(const MXML::NODE& node, ProviderKind dialect, std::int32_t base_time,
+                std::span<const Field<Record>> fields, Record& record, CTextBlocks& texts) {
   const bool named = dialect == ProviderKind::kTitanTV;
-  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     const Field<Record>* const field =
         named ? FindByName(fields, child->name) : FindByNumber(fields, child->name);
-    if (field != nullptr) field->assign(record, child->value, base_time);
+    if (field != nullptr) field->assign(record, child->value, base_time, texts);
   }
 }
 
 }  // namespace
 
-void CStation::ReadStationFields(MXML::NODE& node, ProviderKind dialect) {
+void ReadStationFields(const MXML::NODE& node, ProviderKind dialect, CStation& station,
+                       CTextBlocks& texts) {
   if (dialect != ProviderKind::kXMLTV) {
-    ReadFields<CStation>(*this, node, dialect, 0, kStationFields);
+    ReadFields<CStation>(node, dialect, 0, kStationFields, station, texts);
     return;
   }
-  key = node.GetAttribute("id");
-  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+  station.key = texts.Keep(node.AttributeValue("id").View());
+  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     if (!(child->name == "display-name")) continue;
-    if (network.IsEmpty()) {
-      network = std::move(child->value);
-    } else if (call_sign.IsEmpty()) {
-      call_sign = std::move(child->value);
+    if (station.network.IsEmpty()) {
+      station.network = texts.Keep(child->value.View());
+    } else if (station.call_sign.IsEmpty()) {
+      station.call_sign = texts.Keep(child->value.View());
     }
   }
 }
 
-void CProgram::ReadProgramFields(MXML::NODE& node, ProviderKind dialect) {
-  ReadFields<CProgram>(*this, node, dialect, 0, kProgramFields);
+void ReadProgramFields(const MXML::NODE& node, ProviderKind dialect,
+                       CNewRecord<CProgram>& program) {
+  ReadFields<CProgram>(node, dialect, 0, kProgramFields, *program, program.Texts());
 }
 
-void CScheduleItem::ReadScheduleItemFields(MXML::NODE& node, ProviderKind dialect,
-                                           std::int32_t base_time) {
+void ReadScheduleItemFields(const MXML::NODE& node, ProviderKind dialect, std::int32_t base_time,
+                            CNewRecord<CScheduleItem>& item) {
   // Numbered times are time values already.
   const std::int32_t counted_from = dialect == ProviderKind::kTitanTV ? base_time : 0;
-  ReadFields<CScheduleItem>(*this, node, dialect, counted_from, kScheduleItemFields);
+  ReadFields<CScheduleItem>(node, dialect, counted_from, kScheduleItemFields, *item, item.Texts());
 }

@@ -1,8 +1,9 @@
 #include "import/rt_data.h"
 
-#include <charconv>
 #include <cstdint>
-#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -37,13 +38,9 @@ bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& s
 // Programmes of the same title and texts are one programme: the key is "RT-", the title up to a
 // NUL,
 // '-' and the sum of the texts' hashes as a signed number.
-void SetProgramKey(CProgram& program) {
-  const std::uint32_t sum = program.description.Id() + program.episode_title.Id();
-  char number[1 + 11] = {'-'};
-  const auto end = std::to_chars(number + 1, std::end(number), static_cast<std::int32_t>(sum)).ptr;
-  program.key = "RT-";
-  program.key += program.title.Text();
-  program.key += std::string_view(number, static_cast<std::size_t>(end - number));
+std::string ProgramKey(const MSTR& title, const MSTR& description, const MSTR& episode) {
+  const std::uint32_t sum = description.Id() + episode.Id();
+  return std::string("RT-") + title.Text() + '-' + std::to_string(static_cast<std::int32_t>(sum));
 }
 
 }  // namespace
@@ -54,7 +51,6 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   CSafeNode root;
   if (ReadListingsRoot(reader, root, "Programmes")) {
     CSafeNode programme;
-    Draft draft;
     bool open = false;
     bool end_tag = false;
     while (reader.ReadElement(programme, open, end_tag) && !end_tag) {
@@ -64,7 +60,7 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
         return false;
       }
       if (!ReadProgrammeFields(reader, programme, status)) return false;
-      ImportProgramme(programme, draft);
+      ImportProgramme(programme);
       programme.FreeChildren();
     }
     // When the file ends early, this is still the name of the last element.
@@ -79,49 +75,66 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   return GetStationCount() > 0;
 }
 
-bool CRTData::ImportProgramme(MXML::NODE& node, Draft& draft) {
-  draft.Reset();
-  CScheduleItem& item = draft.item;
-  CProgram& program = draft.program;
-  MSTR date;
-  MSTR start_time;
-  MSTR end_time;
+CStation& CRTData::StationOf(std::string_view channel_name) {
+  if (CStation* const known = FindStation(channel_name)) return *known;
+  auto station = std::make_unique<CStation>();
+  station->key = station->network = Memory().texts.Keep(channel_name);
+  CStation& added = *station;
+  static_cast<void>(AddStation(station));  // there is none of that key
+  return added;
+}
+
+bool CRTData::ImportProgramme(const MXML::NODE& node) {
+  const MSTR none;
+  const MSTR* channel_name = &none;
+  const MSTR* title = &none;
+  const MSTR* episode = &none;
+  const MSTR* genre = &none;
+  const MSTR* description = &none;
+  const MSTR* date = &none;
+  const MSTR* start_time = &none;
+  const MSTR* end_time = &none;
   const struct {
     std::string_view name;
-    MSTR& target;
+    const MSTR*& text;
   } fields[] = {
-      {"ChannelName", item.station_key},
-      {"Title", program.title},
-      {"Episode", program.episode_title},
-      {"Genre", program.genre},
-      {"Description", program.description},
-      {"Date", date},
-      {"StartTime", start_time},
-      {"EndTime", end_time},
+      {"ChannelName", channel_name}, {"Title", title},
+      {"Episode", episode},          {"Genre", genre},
+      {"Description", description},  {"Date", date},
+      {"StartTime", start_time},     {"EndTime", end_time},
   };
-  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (child->name == "Film") program.show_type = "Feature Film";
+  bool is_film = false;
+  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
+    if (child->name == "Film") is_film = true;
     for (const auto& field : fields) {
-      if (child->name == field.name) field.target = std::move(child->value);
+      if (child->name == field.name) field.text = &child->value;
     }
   }
 
-  CStation* station = FindStation(item.station_key.View());
-  if (station == nullptr) {
-    auto added = std::make_unique<CStation>(Memory());
-    station = added.get();
-    added->key = item.station_key;
-    added->network = item.station_key;
-    if (!AddStation(added)) return false;
-  }
-
-  SetProgramKey(program);
-  PrefetchProgram(program.key.View());
-  const auto time = [&date](const MSTR& text) {
-    return ParseTime(TimeLayout::kDayFirst, date, text.IsEmpty() ? nullptr : &text);
+  // A station that is new stays, whether or not its first broadcast does.
+  CStation& station = StationOf(channel_name->View());
+  const std::string key = ProgramKey(*title, *description, *episode);
+  PrefetchProgram(key);
+  auto item = NewItem();
+  item->station_key = station.key;
+  const auto time = [date](const MSTR& text) {
+    return ParseTime(TimeLayout::kDayFirst, date->View(),
+                     text.IsEmpty() ? std::nullopt : std::optional(text.View()));
   };
-  item.start = time(start_time);
-  item.end = EndAfter(item.start, time(end_time));
-  item.program = AddProgram(program).first;
-  return station->Insert(item);
+  item->start = time(*start_time);
+  item->end = EndAfter(item->start, time(*end_time));
+  item->program = FindProgram(key);
+  if (item->program == nullptr) {
+    auto program = NewProgram();
+    const auto keep = [&program](std::string_view text) { return program.Texts().Keep(text); };
+    program->key = keep(key);
+    program->title = keep(title->View());
+    program->episode_title = keep(episode->View());
+    program->description = keep(description->View());
+    program->genre = keep(genre->View());
+    if (is_film) program->show_type = keep("Feature Film");
+    item->program = AddProgram(program);
+  }
+  item->program_key = item->program->key;
+  return station.Insert(item);
 }

@@ -4,9 +4,11 @@
 // its date and times as texts without a zone. Stations are made as their names first appear.
 #pragma once
 
-#include "schedule/provider_data.h"
+#include <string_view>
 
-struct Draft;
+#include "host/mstr.h"
+#include "host/mxml.h"
+#include "schedule/provider_data.h"
 
 class CRTData final : public CProviderData {
  public:
@@ -17,6 +19,8 @@ class CRTData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // Files one element, read into `draft`; false when its broadcast was dropped.
-  bool ImportProgramme(ORVANE::MXML::NODE& node, Draft& draft);
+  // Files one element; false when its broadcast was dropped.
+  bool ImportProgramme(const ORVANE::MXML::NODE& node);
+  // The station of that channel name, made when there is none.
+  CStation& StationOf(std::string_view channel_name);
 };

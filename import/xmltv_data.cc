@@ -1,14 +1,17 @@
 #include "import/xmltv_data.h"
 
-#include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <iterator>
+#include <memory>
+#include <string_view>
 
 #include "host/mlog.h"
 #include "import/listings_import.h"
+#include "import/record_readers.h"
 #include "import/reparse.h"
 #include "platform/services.h"
-#include "schedule/text_number.h"
 #include "schedule/time_value.h"
 
 using ORVANE::MLog;
@@ -17,27 +20,52 @@ using ORVANE::MXML;
 
 namespace {
 
-constexpr const char* kSet = "Y";
+constexpr std::string_view kSet = "Y";
 
-// What an element of a programme does to the records; its text may be taken.
-struct Element {
-  std::string_view name;
-  void (*read)(MXML::NODE& node, CScheduleItem& item, CProgram& program);
+// A programme element while it is read: the records that it fills, the names of its actors, and
+// the hashes of the other texts of its key.
+struct Programme {
+  CNewRecord<CScheduleItem>& item;
+  CNewRecord<CProgram>& program;
+  MSTR& actors;
+  std::uint32_t title_id = 0;
+  std::uint32_t episode_title_id = 0;
+  std::uint32_t description_id = 0;
+
+  void SetProgramText(CText CProgram::*text, std::string_view value) {
+    (*program).*text = program.Texts().Keep(value);
+  }
+  void SetItemText(CText CScheduleItem::*text, std::string_view value) {
+    (*item).*text = item.Texts().Keep(value);
+  }
 };
 
-template <MSTR CProgram::*kText>
-void TakeProgramText(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
-  program.*kText = std::move(node.value);
+// What an element of a programme does to it.
+struct Element {
+  std::string_view name;
+  void (*read)(const MXML::NODE& node, Programme& programme);
+};
+
+template <CText CProgram::*kText>
+void ReadProgramText(const MXML::NODE& node, Programme& programme) {
+  programme.SetProgramText(kText, node.value.View());
 }
 
-template <MSTR CScheduleItem::*kText>
-void TakeItemText(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
-  item.*kText = std::move(node.value);
+// The same, for a text of the programme's key.
+template <CText CProgram::*kText, std::uint32_t Programme::*kId>
+void ReadKeyText(const MXML::NODE& node, Programme& programme) {
+  programme.SetProgramText(kText, node.value.View());
+  programme.*kId = node.value.Id();
 }
 
-template <MSTR CScheduleItem::*kMarker>
-void SetItemMarker(MXML::NODE& /*node*/, CScheduleItem& item, CProgram& /*program*/) {
-  item.*kMarker = kSet;
+template <CText CScheduleItem::*kText>
+void ReadItemText(const MXML::NODE& node, Programme& programme) {
+  programme.SetItemText(kText, node.value.View());
+}
+
+template <CText CScheduleItem::*kMarker>
+void SetItemMarker(const MXML::NODE& /*node*/, Programme& programme) {
+  programme.SetItemText(kMarker, kSet);
 }
 
 // `path` stands before the name.
@@ -48,9 +76,9 @@ void LogUnknown(const char* path, const MXML::NODE& node) {
 // Reads every child of a node by a table; one that is not in it is logged with `path` before its
 // name.
 template <std::size_t kCount>
-void ReadElements(const Element (&elements)[kCount], const char* path, MXML::NODE& node,
-                  CScheduleItem& item, CProgram& program) {
-  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+void ReadElements(const Element (&elements)[kCount], const char* path, const MXML::NODE& node,
+                  Programme& programme) {
+  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     const Element* found = nullptr;
     for (const Element& element : elements) {
       if (child->name == element.name) {
@@ -59,41 +87,41 @@ void ReadElements(const Element (&elements)[kCount], const char* path, MXML::NOD
       }
     }
     if (found != nullptr) {
-      found->read(*child, item, program);
+      found->read(*child, programme);
     } else {
       LogUnknown(path, *child);
     }
   }
 }
 
-void ReadColour(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
-  if (node.value == "no") program.black_and_white = kSet;
+void ReadColour(const MXML::NODE& node, Programme& programme) {
+  if (node.value == "no") programme.SetProgramText(&CProgram::black_and_white, kSet);
 }
 
-void ReadVideo(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+void ReadVideo(const MXML::NODE& node, Programme& programme) {
   static constexpr Element kElements[] = {
-      {"aspect", TakeItemText<&CScheduleItem::aspect>},
+      {"aspect", ReadItemText<&CScheduleItem::aspect>},
       {"colour", ReadColour},
   };
-  ReadElements(kElements, "video->", node, item, program);
+  ReadElements(kElements, "video->", node, programme);
 }
 
-void ReadActor(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
-  if (!program.actors.IsEmpty()) program.actors += ", ";
-  program.actors += node.value;
+void ReadActor(const MXML::NODE& node, Programme& programme) {
+  if (!programme.actors.IsEmpty()) programme.actors += ", ";
+  programme.actors += node.value;
 }
 
-void ReadCredits(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
+void ReadCredits(const MXML::NODE& node, Programme& programme) {
   static constexpr Element kElements[] = {
-      {"director", TakeProgramText<&CProgram::director>},
+      {"director", ReadProgramText<&CProgram::director>},
       {"actor", ReadActor},
   };
-  ReadElements(kElements, "credits->", node, item, program);
+  ReadElements(kElements, "credits->", node, programme);
 }
 
-void ReadRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
-  MXML::NODE* value = nullptr;  // the last one wins
-  for (MXML::NODE* child = node.first_child; child != nullptr; child = child->next_sibling) {
+void ReadRating(const MXML::NODE& node, Programme& programme) {
+  const MXML::NODE* value = nullptr;  // the last one wins
+  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     if (child->name == "value") {
       value = child;
     } else {
@@ -101,35 +129,44 @@ void ReadRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
     }
   }
   if (value == nullptr) return;
-  const MSTR system = node.GetAttribute("system");
+  const MSTR& system = node.AttributeValue("system");
   if (system == "BBFC") {
-    program.rating_bbfc = std::move(value->value);
+    programme.SetProgramText(&CProgram::rating_bbfc, value->value.View());
   } else {
-    item.rating_other.Format("%s rating: %s", system.Text(), value->value.Text());
+    MSTR rating;
+    rating.Format("%s rating: %s", system.Text(), value->value.Text());
+    programme.SetItemText(&CScheduleItem::rating_other, rating.View());
   }
 }
 
-void ReadStarRating(MXML::NODE& node, CScheduleItem& item, CProgram& program) {
-  static constexpr Element kElements[] = {{"value", TakeProgramText<&CProgram::star_rating>}};
-  ReadElements(kElements, "star rating->", node, item, program);
+void ReadStarRating(const MXML::NODE& node, Programme& programme) {
+  static constexpr Element kElements[] = {{"value", ReadProgramText<&CProgram::star_rating>}};
+  ReadElements(kElements, "star rating->", node, programme);
 }
 
-void ReadDescription(MXML::NODE& node, CScheduleItem& /*item*/, CProgram& program) {
-  program.description = ReParse(std::move(node.value));
+void ReadDescription(const MXML::NODE& node, Programme& programme) {
+  if (!NeedsReParse(node.value.View())) {
+    ReadKeyText<&CProgram::description, &Programme::description_id>(node, programme);
+    return;
+  }
+  const MSTR text(ReParse(node.value.View()));
+  programme.SetProgramText(&CProgram::description, text.View());
+  programme.description_id = text.Id();
 }
 
-void ReadPremiere(MXML::NODE& node, CScheduleItem& item, CProgram& /*program*/) {
-  item.premiere = node.value.IsEmpty() ? MSTR("Premiere") : std::move(node.value);
+void ReadPremiere(const MXML::NODE& node, Programme& programme) {
+  programme.SetItemText(&CScheduleItem::premiere,
+                        node.value.IsEmpty() ? "Premiere" : node.value.View());
 }
 
 constexpr Element kProgrammeElements[] = {
-    {"title", TakeProgramText<&CProgram::title>},
+    {"title", ReadKeyText<&CProgram::title, &Programme::title_id>},
     {"desc", ReadDescription},
-    {"category", TakeProgramText<&CProgram::genre>},
-    {"sub-title", TakeProgramText<&CProgram::episode_title>},
-    {"date", TakeProgramText<&CProgram::publish_date>},
+    {"category", ReadProgramText<&CProgram::genre>},
+    {"sub-title", ReadKeyText<&CProgram::episode_title, &Programme::episode_title_id>},
+    {"date", ReadProgramText<&CProgram::publish_date>},
     {"video", ReadVideo},
-    {"subtitles", TakeItemText<&CScheduleItem::subtitles>},
+    {"subtitles", ReadItemText<&CScheduleItem::subtitles>},
     {"credits", ReadCredits},
     {"previously-shown", SetItemMarker<&CScheduleItem::repeat>},
     {"new", SetItemMarker<&CScheduleItem::new_marker>},
@@ -140,16 +177,15 @@ constexpr Element kProgrammeElements[] = {
 
 // Programmes with the same texts are one programme: the key is "X" and the sum of their hashes in
 // upper-case hexadecimal, without leading zeros.
-void SetProgramKey(CProgram& program) {
-  const std::uint32_t sum = program.actors.Id() + program.description.Id() +
-                            program.episode_title.Id() + program.title.Id();
-  char digits[1 + 8] = {'X'};
-  char* end = digits + 1;
-  for (int shift = 28; shift >= 0; shift -= 4) {
-    const std::uint32_t digit = sum >> shift & 0xf;
-    if (digit != 0 || end != digits + 1 || shift == 0) *end++ = "0123456789ABCDEF"[digit];
+void SetProgramKey(Programme& programme) {
+  const std::uint32_t sum = programme.actors.Id() + programme.description_id +
+                            programme.episode_title_id + programme.title_id;
+  char key[1 + 8] = {'X'};
+  char* const end = std::to_chars(key + 1, std::end(key), sum, 16).ptr;
+  for (char* digit = key + 1; digit != end; ++digit) {
+    if (*digit >= 'a') *digit = static_cast<char>(*digit - 'a' + 'A');
   }
-  program.key = std::string_view(digits, static_cast<std::size_t>(end - digits));
+  programme.SetProgramText(&CProgram::key, {key, static_cast<std::size_t>(end - key)});
 }
 
 }  // namespace
@@ -162,12 +198,12 @@ bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicat
   const std::uint32_t began = platform::GetTickCount();
   if (ReadListingsRoot(reader, root, "tv")) {
     CSafeNode node;
-    Draft draft;
+    MSTR actors;
     const bool complete = ForEachWholeChild(reader, root.name, node, status, [&] {
       if (node.name == "channel") {
         ImportChannel(node);
       } else if (node.name == "programme") {
-        ImportProgramme(node, draft);
+        ImportProgramme(node, actors);
       }
     });
     if (!complete) return false;
@@ -175,22 +211,31 @@ bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicat
   return FinishImport(*this, reader, file_name, began, status, progress);
 }
 
-bool CXMLTVData::ImportChannel(MXML::NODE& node) {
-  auto station = std::make_unique<CStation>(Memory());
-  station->ReadStationFields(node, Kind());
-  return AddStation(station);
+bool CXMLTVData::ImportChannel(const MXML::NODE& node) {
+  const CTextBlocks::Mark before = Memory().texts.GetMark();
+  auto station = std::make_unique<CStation>();
+  ReadStationFields(node, Kind(), *station, Memory().texts);
+  if (AddStation(station)) return true;
+  Memory().texts.WindBack(before);  // the first of a key wins
+  return false;
 }
 
-bool CXMLTVData::ImportProgramme(MXML::NODE& node, Draft& draft) {
+bool CXMLTVData::ImportProgramme(const MXML::NODE& node, MSTR& actors) {
+  static const std::uint32_t no_text_id = MSTR().Id();
   CStation* const station = FindStation(node.AttributeValue("channel").View());
   if (station == nullptr) return false;
-  draft.Reset();
-  CScheduleItem& item = draft.item;
-  ReadElements(kProgrammeElements, "", node, item, draft.program);
-  SetProgramKey(draft.program);
-  PrefetchProgram(draft.program.key.View());
-  item.start = ParseTime(TimeLayout::kDigits, node.AttributeValue("start"));
-  item.end = EndAfter(item.start, ParseTime(TimeLayout::kDigits, node.AttributeValue("stop")));
-  item.program = AddProgram(draft.program).first;
+  auto item = NewItem();
+  auto program = NewProgram();
+  actors.Reset();
+  Programme programme = {item, program, actors, no_text_id, no_text_id, no_text_id};
+  ReadElements(kProgrammeElements, "", node, programme);
+  programme.SetProgramText(&CProgram::actors, actors.View());
+  SetProgramKey(programme);
+  PrefetchProgram(program->key.View());
+  item->start = ParseTime(TimeLayout::kDigits, node.AttributeValue("start").View());
+  item->end =
+      EndAfter(item->start, ParseTime(TimeLayout::kDigits, node.AttributeValue("stop").View()));
+  item->program = AddProgram(program);
+  item->program_key = item->program->key;
   return station->Insert(item);
 }

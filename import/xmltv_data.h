@@ -4,9 +4,9 @@
 // programmes and broadcasts, each behind the channel that it refers to.
 #pragma once
 
+#include "host/mstr.h"
+#include "host/mxml.h"
 #include "schedule/provider_data.h"
-
-struct Draft;
 
 class CXMLTVData final : public CProviderData {
  public:
@@ -16,7 +16,8 @@ class CXMLTVData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // File one element, a programme by way of `draft`; false when it was dropped.
-  bool ImportChannel(ORVANE::MXML::NODE& node);
-  bool ImportProgramme(ORVANE::MXML::NODE& node, Draft& draft);
+  // File one element; false when it was dropped. Actors are gathered in `actors`, which comes with
+  // the storage of earlier ones.
+  bool ImportChannel(const ORVANE::MXML::NODE& node);
+  bool ImportProgramme(const ORVANE::MXML::NODE& node, ORVANE::MSTR& actors);
 };

@@ -6,7 +6,7 @@
 #include "host/mlog.h"
 #include "plugin/epg_browser_mss.h"
 #include "plugin/library_state.h"
-#include "schedule/program_details.h"
+#include "schedule/fields.h"
 
 using ORVANE::MLOG;
 using ORVANE::MLog;

@@ -4,7 +4,7 @@
 
 #include "browser/epg_browser.h"
 #include "plugin/epg_browser_mss.h"
-#include "schedule/program_details.h"
+#include "schedule/fields.h"
 
 namespace {
 

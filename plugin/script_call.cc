@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <utility>
+#include <string_view>
 
 #include "host/mlog.h"
 #include "plugin/epg_browser_mss.h"
@@ -62,9 +62,9 @@ bool CScriptCall::Push(std::int32_t value) {
   return true;
 }
 
-bool CScriptCall::Push(MSTR value) {
+bool CScriptCall::Push(const std::string& value) {
   auto* const result = ORVANE::MSSSTRING::Allocate();
-  result->value = std::move(value);
+  result->value = std::string_view(value);
   exec_.Push(result);
   return true;
 }

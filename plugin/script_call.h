@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "browser/epg_browser.h"
 #include "host/api.h"
@@ -40,7 +41,7 @@ class CScriptCall {
 
   // Hand over the result; true.
   bool Push(std::int32_t value);
-  bool Push(ORVANE::MSTR value);
+  bool Push(const std::string& value);
 
   // Logs the method's name with the text, and the script call stack; false.
   bool Fail(const char* format, ...) ORVANE_PRINTF(2, 3);

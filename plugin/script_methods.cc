@@ -6,13 +6,15 @@
 #include <exception>
 #include <iterator>
 #include <new>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include "plugin/script_call.h"
-#include "schedule/program_details.h"
 #include "schedule/station.h"
+#include "schedule/template.h"
 #include "schedule/time_value.h"
+#include "text/bad_alloc.h"
 
 using ORVANE::MSTR;
 
@@ -48,16 +50,18 @@ bool GetStationCount(CScriptCall& call) {
 bool GetStationId(CScriptCall& call) {
   const CStation* station = nullptr;
   if (!call.FetchStation(2, "", station)) return false;
-  MSTR id = station->GetLabel();
-  for (const char* const character : {" ", "/", "\\"}) id.Replace(character, "-");
-  return call.Push(std::move(id));
+  std::string id = station->GetLabel();
+  for (char& c : id) {
+    if (c == ' ' || c == '/' || c == '\\') c = '-';
+  }
+  return call.Push(id);
 }
 
 bool GetStationName(CScriptCall& call) {
   const CStation* station = nullptr;
   if (!call.FetchStation(2, "", station)) return false;
-  const MSTR label = station->GetLabel();
-  return call.Push(MSTR(label.View().substr(0, label.View().find('/'))));
+  const std::string label = station->GetLabel();
+  return call.Push(label.substr(0, label.find('/')));
 }
 
 bool GetNowTime(CScriptCall& call) {
@@ -120,7 +124,7 @@ bool GetProgramEndTime(CScriptCall& call) {
 bool GetProgramName(CScriptCall& call) {
   const CScheduleItem* item = nullptr;
   if (!FetchItem(call, item)) return false;
-  return call.Push(item != nullptr ? MSTR(item->GetTitle()) : MSTR());
+  return call.Push(item != nullptr ? std::string(item->GetTitle()) : std::string());
 }
 
 bool GetProgramCount(CScriptCall& call) {
@@ -133,7 +137,7 @@ bool GetProgramData(CScriptCall& call) {
   const CScheduleItem* item = nullptr;
   const MSTR* text = nullptr;
   if (!FetchItem(call, item) || !call.FetchString(3, text)) return false;
-  return call.Push(item != nullptr ? ExpandTemplate(*item, text->View(), false) : MSTR());
+  return call.Push(item != nullptr ? ExpandTemplate(*item, text->View(), false) : std::string());
 }
 
 struct Method {
@@ -168,7 +172,7 @@ bool Enter(ORVANE::MSSEXEC* exec) {
   try {
     return call.Resolve() && method.body(call);
   } catch (const std::bad_alloc&) {
-    return call.Fail("%s", ORVANE::MBADALLOC().what());
+    return call.Fail("%s", CBadAlloc().what());
   } catch (const std::exception& error) {
     return call.Fail("%s", error.what());
   }

@@ -1,7 +1,7 @@
 // A growable array of pointers on the general-purpose heap.
 //
 // Ownership: the array owns its storage, not what the entries point to.
-// Errors: an array that cannot grow throws MBADALLOC and stays as it was.
+// Errors: an array that cannot grow throws CBadAlloc and stays as it was.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "host/mstr.h"
+#include "text/bad_alloc.h"
 
 // Invariants:
 // 1. 0 <= count <= capacity <= room; the storage has space for `front_` entries before the first
@@ -91,16 +91,16 @@ class CPointerArray {
     const bool many = front + room > kManyEntries;
     if (many && capacity > room_) room = std::max(room, room_ + std::int64_t{room_} / 2);
     const std::int64_t total = front + room;
-    if (total > std::numeric_limits<std::int32_t>::max()) throw ORVANE::MBADALLOC();
+    if (total > std::numeric_limits<std::int32_t>::max()) throw CBadAlloc();
     const auto bytes = static_cast<std::size_t>(total) * sizeof(T*);
     T** grown = nullptr;
     if (more_front == 0 && !many) {
       grown = static_cast<T**>(std::realloc(static_cast<void*>(storage_), bytes));
-      if (grown == nullptr) throw ORVANE::MBADALLOC();
+      if (grown == nullptr) throw CBadAlloc();
       std::fill(grown + old_total, grown + total, nullptr);
     } else {
       grown = static_cast<T**>(std::calloc(static_cast<std::size_t>(total), sizeof(T*)));
-      if (grown == nullptr) throw ORVANE::MBADALLOC();
+      if (grown == nullptr) throw CBadAlloc();
       for (std::int32_t i = 0; i < count_; ++i) {
         if ((*this)[i] != nullptr) grown[front + i] = (*this)[i];
       }

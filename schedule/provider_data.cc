@@ -1,6 +1,7 @@
 #include "schedule/provider_data.h"
 
 #include <algorithm>
+#include <cassert>
 
 using ORVANE::MSTR;
 
@@ -28,16 +29,16 @@ const CProgram* CProviderData::FindProgram(std::string_view key) const {
 }
 
 bool CProviderData::AddStation(std::unique_ptr<CStation>& station) {
-  const auto take = [&] {
+  const auto file = [&] {
     stations_.Append(station.get());
     return station.release();
   };
-  return station_map_.FindOrAdd(station->key.View(), take).second;
+  return station_map_.FindOrAdd(station->key.View(), file).second;
 }
 
-std::pair<const CProgram*, bool> CProviderData::AddProgram(const CProgram& program) {
-  return program_map_.FindOrAdd(program.key.View(),
-                                [&] { return memory_.programs.Make<CProgram>(program, memory_); });
+const CProgram* CProviderData::AddProgram(CNewRecord<CProgram>& program) {
+  assert(!program.IsEmpty());
+  return program_map_.FindOrAdd(program->key.View(), [&] { return program.Release(); }).first;
 }
 
 MSTR CProviderData::GetStatistics() const {

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <utility>
 
 #include "host/mstr.h"
 #include "schedule/pointer_array.h"
@@ -49,14 +48,20 @@ class CProviderData {
 
   // True: the store has taken the station and the pointer is empty; its key must not change from
   // then on. False: one of that key is there already; the offered one is still the caller's.
-  // REQUIRES: the station was made with this store's memory.
+  // REQUIRES: the station's texts and items stand in this store's memory.
   [[nodiscard]] bool AddStation(std::unique_ptr<CStation>& station);
 
   // To be called a little before the program is added or looked for.
   void PrefetchProgram(std::string_view key) const { program_map_.Prefetch(key); }
 
-  // The programme of that key, and true when it is new: then it is a copy of `program`.
-  std::pair<const CProgram*, bool> AddProgram(const CProgram& program);
+  // The programme of that key. When there was none it is `program`, which the store has taken and
+  // which is empty then; otherwise `program` is still the caller's.
+  // REQUIRES: `program` is not empty and was made by this store.
+  const CProgram* AddProgram(CNewRecord<CProgram>& program);
+
+  // Empty records to be filled and filed.
+  CNewRecord<CProgram> NewProgram() { return {memory_.programs, memory_.program_texts}; }
+  CNewRecord<CScheduleItem> NewItem() { return {memory_.items, memory_.texts}; }
 
   // Where this schedule's records stand.
   CScheduleMemory& Memory() { return memory_; }
@@ -72,13 +77,16 @@ class CProviderData {
   // both stay as they are when there is no broadcast.
   void GetTimeRange(std::int32_t& start, std::int32_t& end) const;
 
+ private:
+  const ProviderKind kind_;
+
+ public:
   ORVANE::MSTR provider_id;     // empty until an import sets it
   ORVANE::MSTR base_time_text;  // of imported TitanTV data, else empty
 
  private:
-  const ProviderKind kind_;
-  CScheduleMemory memory_;
   CRecordMap<const CProgram> program_map_;
   CRecordMap<CStation> station_map_;
   CPointerArray<CStation> stations_;  // Owned.
+  CScheduleMemory memory_;
 };

@@ -1,10 +1,7 @@
 #include "schedule/station.h"
 
 #include <algorithm>
-
-#include "schedule/schedule_memory.h"
-
-using ORVANE::MSTR;
+#include <cassert>
 
 namespace {
 
@@ -20,23 +17,23 @@ void PrefetchBeside(const CScheduleItem* item, std::intptr_t places) {
 
 }  // namespace
 
-bool CStation::Insert(const CScheduleItem& item) {
+bool CStation::Insert(CNewRecord<CScheduleItem>& item) {
+  assert(!item.IsEmpty());
   CScheduleItem* before = nullptr;
-  if (first_item_ != nullptr && item.start >= first_item_->start) {
-    before = FindPredecessor(item, static_cast<std::int32_t>(BucketOf(item.start)));
-    if (before->start == item.start) return false;
+  if (first_item_ != nullptr && item->start >= first_item_->start) {
+    before = FindPredecessor(*item, static_cast<std::int32_t>(BucketOf(item->start)));
+    if (before->start == item->start) return false;
   }
-  auto* const filed = memory_.items.Make<CScheduleItem>(item, memory_);
   if (first_item_ == nullptr) {
-    InsertFirst(filed);
+    InsertFirst(&*item);
   } else if (before == nullptr) {
-    InsertBefore(filed);
+    InsertBefore(&*item);
   } else {
-    InsertBehind(before, filed);
+    InsertBehind(before, &*item);
   }
   ++item_count_;
   first_start_ = first_item_->start;
-  schedule_end_ = std::max(schedule_end_, filed->end);
+  schedule_end_ = std::max(schedule_end_, item.Release()->end);
   return true;
 }
 
@@ -104,12 +101,10 @@ void CStation::BuildProgramIndex() {
   }
 }
 
-MSTR CStation::GetLabel() const {
-  if (network.IsEmpty()) return call_sign;
-  MSTR label = network;
-  label += '/';
-  label += call_sign;
-  return label;
+std::string CStation::GetLabel() const {
+  std::string label(network.View());
+  if (!label.empty()) label += '/';
+  return label += call_sign.View();
 }
 
 const CScheduleItem* CStation::GetProgram(std::int32_t index) const {

@@ -1,21 +1,20 @@
 // One station of a schedule, and the index that finds its items by time.
 //
 // Units: times are counts of whole minutes since 1601-01-01 00:00 UTC; -1 is "never set".
-// Ownership: a station's items stand in its schedule's memory; pointers it returns are views.
+// Ownership: a station's items and texts stand in its schedule's memory, the tables of its index
+// are
+//   its own; pointers it returns are views.
 // Threads: filled by one thread; read-only from any thread afterwards.
 // Errors: a lookup that finds nothing returns null; only std::bad_alloc is thrown.
 #pragma once
 
 #include <cstdint>
+#include <string>
 
-#include "host/mstr.h"
-#include "host/mxml.h"
 #include "schedule/pointer_array.h"
-#include "schedule/provider_kind.h"
 #include "schedule/schedule_item.h"
-
-struct CCacheLoad;
-struct CScheduleMemory;
+#include "schedule/schedule_memory.h"
+#include "schedule/text.h"
 
 // Invariants of the time index:
 // 1. The items form a doubly linked list with strictly increasing starts.
@@ -26,18 +25,17 @@ class CStation {
  public:
   static constexpr std::int32_t kBucketMinutes = 180;
 
-  // `memory` must outlive the station.
-  explicit CStation(CScheduleMemory& memory) : memory_(memory) {}
+  CStation() = default;
   CStation(const CStation&) = delete;
   CStation& operator=(const CStation&) = delete;
 
-  // Files a copy of `item` at its place in start order. [loader]
+  // Files `item` at its place in start order. [loader]
   //
-  // False: an item with that start is there already; the station is unchanged. An item that starts
+  // True: the station has taken the item and `item` is empty. False: an item with that start is
+  // there already; the station is unchanged and `item` is still the caller's. An item that starts
   // behind all others, as a file in order gives them, is filed without a search.
-  // REQUIRES: the item's start and end are set, and its programme, if any, lives as long as the
-  // station's memory.
-  bool Insert(const CScheduleItem& item);
+  // REQUIRES: the item is not empty.
+  bool Insert(CNewRecord<CScheduleItem>& item);
 
   // Appends every item, in start order, to the programme index. Called once, after the last Insert.
   void BuildProgramIndex();
@@ -45,7 +43,7 @@ class CStation {
   std::int32_t CountItems() const { return item_count_; }
 
   // "network/call sign", or the call sign alone when there is no network.
-  ORVANE::MSTR GetLabel() const;
+  std::string GetLabel() const;
 
   std::int32_t GetProgramCount() const { return program_index_.Count(); }
 
@@ -69,19 +67,10 @@ class CStation {
   std::int64_t IndexBase() const { return index_base_; }
   const CPointerArray<CScheduleItem>& Buckets() const { return buckets_; }
 
-  // Fills the fields from the element and its children, whose texts move into the record. Defined
-  // in import/record_readers.cc.
-  void ReadStationFields(ORVANE::MXML::NODE& node, ProviderKind dialect);
-
-  // Reads the content of a cache file's open `Station` element, up to and including its end tag.
-  // Gives the number of items added, or -1 when the load has failed; its status says why. Defined
-  // in import/cache_load.cc.
-  std::int32_t LoadCacheStation(CCacheLoad& load);
-
   // The key must not change once the station is in a store.
-  ORVANE::MSTR key;
-  ORVANE::MSTR call_sign;
-  ORVANE::MSTR network;
+  CText key;
+  CText call_sign;
+  CText network;
   std::int32_t rf_channel = -1;
   std::int32_t second_channel = -1;
   std::int32_t third_channel = -1;
@@ -95,13 +84,12 @@ class CStation {
   CScheduleItem* LastItemBelow(std::int32_t bucket) const;
   const CScheduleItem* EarliestAtOrBelow(std::int32_t bucket) const;
 
-  CScheduleMemory& memory_;
   std::int64_t index_base_ = 0;  // 64 bits: it moves below the earliest start
-  std::int32_t first_start_ = 0;
   std::int32_t schedule_end_ = 0;
-  std::int32_t item_count_ = 0;
   CScheduleItem* first_item_ = nullptr;
-  CScheduleItem* last_item_ = nullptr;
   CPointerArray<CScheduleItem> buckets_;
   CPointerArray<CScheduleItem> program_index_;
+  std::int32_t first_start_ = 0;
+  std::int32_t item_count_ = 0;
+  CScheduleItem* last_item_ = nullptr;
 };

@@ -1,14 +1,16 @@
 #include "schedule/time_value.h"
 
+#include <cstdarg>
 #include <cstddef>
+#include <cstdio>
 #include <limits>
 #include <optional>
 #include <string_view>
 
+#include "host/api.h"
 #include "platform/services.h"
 #include "schedule/text_number.h"
 
-using ORVANE::MSTR;
 using platform::FileTime;
 using platform::SystemTime;
 
@@ -24,33 +26,34 @@ const char* MonthOf(const SystemTime& t) { return kMonths[t.month - 1]; }
 const char* HalfDayOf(const SystemTime& t) { return t.hour < 12 ? "am" : "pm"; }
 int HourOfHalfDay(const SystemTime& t) { return t.hour % 12 == 0 ? 12 : t.hour % 12; }
 
-MSTR ErrorText() {
-  MSTR text;
-  text.Format("Error: %i", platform::GetLastError());
+// Printf's output; none of the texts here is longer than 63 bytes.
+std::string Formatted(const char* format, ...) ORVANE_PRINTF(1, 2);
+std::string Formatted(const char* format, ...) {
+  char text[64];
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
   return text;
 }
 
-MSTR RelativeDay(FileTime local, const SystemTime& t) {
+std::string ErrorText() { return Formatted("Error: %i", platform::GetLastError()); }
+
+std::string RelativeDay(FileTime local, const SystemTime& t) {
   const SystemTime now = platform::GetLocalTime();
   FileTime local_now = 0;
   if (!platform::SystemTimeToFileTime(now, local_now)) return ErrorText();
   const std::int64_t days = local / platform::kTicksPerDay - local_now / platform::kTicksPerDay;
   if (days == 0) return "Today";
   if (days == -1) return "Yesterday";
-  MSTR text;
-  if (days >= 1 && days <= 6) {
-    text = kDays[t.day_of_week];
-  } else if (days >= -7 && days <= -2) {
-    text.Format("Last %s", kDays[t.day_of_week]);
-  } else {
-    text.Format("%s-%02i", MonthOf(t), t.day);
-  }
-  return text;
+  if (days >= 1 && days <= 6) return kDays[t.day_of_week];
+  if (days >= -7 && days <= -2) return Formatted("Last %s", kDays[t.day_of_week]);
+  return Formatted("%s-%02i", MonthOf(t), t.day);
 }
 
 // The number at an offset of a text; 0 beyond its end.
-std::int32_t NumberAt(const MSTR& text, std::uint32_t offset) {
-  return offset < text.Length() ? ReadNumber(text.Text() + offset) : 0;
+std::int32_t NumberAt(std::string_view text, std::size_t offset) {
+  return offset < text.size() ? ReadNumber(text.data() + offset) : 0;
 }
 
 // Digits are taken as their codes' distance from that of '0', whatever they are.
@@ -118,48 +121,42 @@ std::int32_t GetNowTime(std::int32_t granularity) {
   return static_cast<std::int32_t>(granularity == 0 ? now : now - now % granularity);
 }
 
-MSTR ConvertLocalTime2String(std::int32_t time, std::int32_t format) {
+std::string ConvertLocalTime2String(std::int32_t time, std::int32_t format) {
   FileTime local = 0;
   SystemTime t = {};
   if (!platform::FileTimeToLocalFileTime(time * platform::kTicksPerMinute, local) ||
       !platform::FileTimeToSystemTime(local, t)) {
     return ErrorText();
   }
-  MSTR text;
   switch (format) {
     case 0:
-      text.Format("%s, %s %02i, %02i:%02i (%i)", kShortDays[t.day_of_week], MonthOf(t), t.day,
-                  t.hour, t.minute, t.year);
-      break;
+      return Formatted("%s, %s %02i, %02i:%02i (%i)", kShortDays[t.day_of_week], MonthOf(t), t.day,
+                       t.hour, t.minute, t.year);
     case 1:
-      text.Format("%02i:%02i", t.hour, t.minute);
-      break;
+      return Formatted("%02i:%02i", t.hour, t.minute);
     case 2:
-      text.Format("%s:%s-%02i:%i", kShortDays[t.day_of_week], MonthOf(t), t.day, t.year);
-      break;
+      return Formatted("%s:%s-%02i:%i", kShortDays[t.day_of_week], MonthOf(t), t.day, t.year);
     case 3:
       return RelativeDay(local, t);
     case 4:
-      text.Format("%02i:%02i %s", HourOfHalfDay(t), t.minute, HalfDayOf(t));
-      break;
+      return Formatted("%02i:%02i %s", HourOfHalfDay(t), t.minute, HalfDayOf(t));
     case 5:
-      text.Format("%02i:%02i%s %s %d-%s-%d", HourOfHalfDay(t), t.minute, HalfDayOf(t),
-                  kDays[t.day_of_week], t.day, MonthOf(t), t.year);
-      break;
+      return Formatted("%02i:%02i%s %s %d-%s-%d", HourOfHalfDay(t), t.minute, HalfDayOf(t),
+                       kDays[t.day_of_week], t.day, MonthOf(t), t.year);
     default:
-      break;
+      return {};
   }
-  return text;
 }
 
-std::int32_t ParseTime(TimeLayout layout, const MSTR& text, const MSTR* time_text) {
+std::int32_t ParseTime(TimeLayout layout, std::string_view text,
+                       std::optional<std::string_view> time_text) {
   std::optional<std::int64_t> minutes;
   switch (layout) {
     case TimeLayout::kYearFirst:
     case TimeLayout::kDayFirst: {
       const bool year_first = layout == TimeLayout::kYearFirst;
-      const MSTR& time = time_text != nullptr ? *time_text : text;
-      const std::uint32_t at = time_text != nullptr ? 0 : 11;
+      const std::string_view time = time_text.value_or(text);
+      const std::size_t at = time_text ? 0 : 11;
       SystemTime t = {};
       t.year = NumberAt(text, year_first ? 0 : 6);
       t.month = NumberAt(text, year_first ? 5 : 3);
@@ -170,7 +167,7 @@ std::int32_t ParseTime(TimeLayout layout, const MSTR& text, const MSTR* time_tex
       break;
     }
     case TimeLayout::kDigits:
-      minutes = ParseDigits(text.View());
+      minutes = ParseDigits(text);
       break;
     default:
       return 0;

@@ -7,8 +7,9 @@
 #pragma once
 
 #include <cstdint>
-
-#include "host/mstr.h"
+#include <optional>
+#include <string>
+#include <string_view>
 
 inline constexpr std::int32_t kTimeNeverSet = -1;
 inline constexpr std::int32_t kMinutesPerDay = 1440;
@@ -30,7 +31,7 @@ std::int32_t GetNowTime(std::int32_t granularity);
 //   2  Mon:Feb-05:2007               5  02:30pm Monday 5-Feb-2007
 //
 // Any other format gives an empty text; a time before 1601 "Error: " and the system's code.
-ORVANE::MSTR ConvertLocalTime2String(std::int32_t time, std::int32_t format);
+std::string ConvertLocalTime2String(std::int32_t time, std::int32_t format);
 
 // Reads a date and time. A `time_text` holds the time of day for the first two layouts, when it is
 // not in the text itself (from its 12th character). A date that does not exist, or whose time does
@@ -38,5 +39,7 @@ ORVANE::MSTR ConvertLocalTime2String(std::int32_t time, std::int32_t format);
 //
 // Digits are not checked to be digits. A text of kDigits that makes no date that way (it is cut
 // short, or a zone stands early) is read by the digits at its start.
-std::int32_t ParseTime(TimeLayout layout, const ORVANE::MSTR& text,
-                       const ORVANE::MSTR* time_text = nullptr);
+//
+// REQUIRES: a NUL follows either text.
+std::int32_t ParseTime(TimeLayout layout, std::string_view text,
+                       std::optional<std::string_view> time_text = std::nullopt);

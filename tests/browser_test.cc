@@ -53,7 +53,7 @@ class Browser : public testing::Test {
   std::string State() const {
     const auto schedule = browser_->Schedule();
     return std::string(browser_->HasLoader() ? "loading, " : "idle, ") +
-           (schedule != nullptr ? schedule->GetStation(0)->key.Text() : "none");
+           (schedule != nullptr ? schedule->GetStation(0)->key.Characters() : "none");
   }
 
   epg_test::FakePlatform platform_;

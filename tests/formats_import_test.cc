@@ -55,12 +55,12 @@ class FormatsImport : public testing::Test {
     MSTR text;
     for (std::int32_t i = 0; i < store_->GetStationCount(); ++i) {
       const CStation& s = *store_->GetStation(i);
-      text.Format("%s%s|%s|%s|%i|%i|%i:", text.Text(), s.key.Text(), s.network.Text(),
-                  s.call_sign.Text(), s.rf_channel, s.second_channel, s.third_channel);
+      text.Format("%s%s|%s|%s|%i|%i|%i:", text.Text(), s.key.Characters(), s.network.Characters(),
+                  s.call_sign.Characters(), s.rf_channel, s.second_channel, s.third_channel);
       for (std::int32_t k = 0; k < s.GetProgramCount(); ++k) {
         const CScheduleItem& item = *s.GetProgram(k);
         text.Format("%s %i-%i %s", text.Text(), item.start - times_from, item.end - times_from,
-                    item.program != nullptr ? item.program->title.Text() : "none");
+                    item.program != nullptr ? item.program->title.Characters() : "none");
       }
       text += '\n';
     }

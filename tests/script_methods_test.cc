@@ -17,7 +17,7 @@
 #include "platform/services.h"
 #include "plugin/entry_points.h"
 #include "plugin/epg_browser_mss.h"
-#include "schedule/program_details.h"
+#include "schedule/fields.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -150,10 +150,11 @@ TEST_F(ScriptMethods, AnswerFromTheScheduleOrSayWhichArgumentIsWrong) {
 TEST_F(ScriptMethods, AnswerForRecordsWithGaps) {
   Load();
   CStation& station = *dynamic_cast<CEPGBrowser&>(*browser_).Schedule()->GetStation(0);
-  station.network = "";
+  CTextBlocks texts;
+  station.network = CText();
   EXPECT_EQ("'City One'", Call("GetStationName", {0}));
-  station.network = "A/B";
-  station.call_sign = "C\\ D";
+  station.network = texts.Keep("A/B");
+  station.call_sign = texts.Keep("C\\ D");
   EXPECT_EQ("'A'", Call("GetStationName", {0}));
   EXPECT_EQ("'A-B-C--D'", Call("GetStationId", {0}));
   // As of a file that names a programme and does not give it.

@@ -24,10 +24,12 @@ using Start = std::optional<std::int64_t>;
 
 Time At(const std::string& time) { return epg_test::At("2007-02-05 " + time); }
 
+CScheduleMemory memory;  // of all stations here
+
 // True when the station has taken the item.
 bool Insert(CStation& station, Time start, Time end) {
-  CScheduleItem item;
-  std::tie(item.start, item.end) = std::pair(start, end);
+  CNewRecord<CScheduleItem> item(memory.items, memory.texts);
+  std::tie(item->start, item->end) = std::pair(start, end);
   return station.Insert(item);
 }
 
@@ -89,8 +91,7 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
       if (series % 3 == 1) std::sort(starts.begin(), starts.end());
       if (series % 3 == 2) std::sort(starts.rbegin(), starts.rend());
 
-      CScheduleMemory memory;
-      CStation station(memory);
+      CStation station;
       PlainIndex plain;
       for (const Time start : starts) {
         const Time end = start + between(-30, series < 3 ? 600 : 60);
@@ -111,8 +112,7 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
 }
 
 TEST(TimeIndex, TakesAMillionItemsInReverse) {
-  CScheduleMemory memory;
-  CStation station(memory);
+  CStation station;
   for (Time start = 60'000'000; start > 0; start -= 60) Insert(station, start, start + 60);
   station.BuildProgramIndex();
   for (Time i = 0; i < station.GetProgramCount(); i += 9'973) {
@@ -135,11 +135,10 @@ constexpr bool kMemoryIsOurs = true;
 
 TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
   std::vector dates = {Time{0}, At("20:15"), Time{INT32_MAX - 60}};
-  CScheduleMemory memory;
   std::deque<CStation> stations;
   const long before = PeakMemory();
   while (stations.size() < (kMemoryIsOurs ? 100 : 10)) {
-    CStation& station = stations.emplace_back(memory);
+    CStation& station = stations.emplace_back();
     std::next_permutation(dates.begin(), dates.end());
     for (const Time date : dates) Insert(station, date, date + 60);
     Insert(station, At("12:00"), At("13:00"));
@@ -149,8 +148,7 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
 }
 
 TEST(FindFirstProgram, AnswersAroundAGap) {
-  CScheduleMemory memory;
-  CStation station(memory);
+  CStation station;
   Insert(station, At("10:00"), At("11:30"));
   Insert(station, At("08:00"), At("10:00"));
   Insert(station, At("16:00"), At("17:00"));
@@ -169,12 +167,13 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
   for (int round = 0; round < 2; ++round) {  // again after Clear
     EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", store.GetStatistics().View());
     for (const char* const key : {"empty", "one", "One", "one", "two"}) {
-      auto station = std::make_unique<CStation>(store.Memory());
-      CProgram program;
-      station->key = program.key = key;
+      auto station = std::make_unique<CStation>();
+      auto program = store.NewProgram();
+      station->key = program->key = program.Texts().Keep(key);
       const bool is_new = store.FindStation(key) == nullptr;
       EXPECT_EQ(is_new, store.AddStation(station));
-      EXPECT_EQ(is_new, store.AddProgram(program).second);
+      EXPECT_EQ(key, store.AddProgram(program)->key.View());
+      EXPECT_EQ(is_new, program.IsEmpty());
     }
     EXPECT_EQ(store.GetStation(2), store.FindStation("One"));
     Insert(*store.GetStation(1), 600, 900);

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "schedule/program_details.h"
+#include "schedule/fields.h"
 #include "schedule/schedule_item.h"
+#include "schedule/template.h"
+#include "schedule/text_blocks.h"
 #include "tests/support/test_support.h"
 
 namespace {
-
-using ORVANE::MSTR;
 
 std::vector<std::string> Words(const std::string& text) {
   std::istringstream words(text);
@@ -23,19 +23,20 @@ class ItemTest : public testing::Test {
  protected:
   ItemTest() {
     FillFieldTable();
-    program_.title = "Alien";
-    program_.director = "Scott";
-    program_.star_rating = "3/5";
+    program_.title = texts_.Keep("Alien");
+    program_.director = texts_.Keep("Scott");
+    program_.star_rating = texts_.Keep("3/5");
     item_.program = &program_;
   }
 
   std::string Field(std::string_view name, std::string_view argument = "ignored") const {
-    return std::string(GetField(item_, name, argument).View());
+    return GetField(item_, name, argument);
   }
   std::string Expand(std::string_view text, bool preceding_text = false) const {
-    return std::string(ExpandTemplate(item_, text, preceding_text).View());
+    return ExpandTemplate(item_, text, preceding_text);
   }
 
+  CTextBlocks texts_;
   CProgram program_;
   CScheduleItem item_;
 };
@@ -43,7 +44,7 @@ using FieldTest = ItemTest;
 using TemplateTest = ItemTest;
 
 TEST_F(FieldTest, ReadsProgrammeAndItem) {
-  const auto all = [](auto*... fields) { return std::vector<MSTR*>{fields...}; };
+  const auto all = [](auto*... fields) { return std::vector<CText*>{fields...}; };
   const auto fields =
       all(&program_.title, &program_.description, &program_.episode_title, &program_.genre,
           &program_.show_type, &program_.director, &program_.language, &program_.actors,
@@ -53,10 +54,10 @@ TEST_F(FieldTest, ReadsProgrammeAndItem) {
   const auto names = Words(
       "Title Description EpisodeTitle Genre ShowType Director Language Actors PublishDate "
       "RatingBBFC BlackAndWhite Subtitle Stereo Repeat RatingTV RatingFV RatingOther New Premiere");
-  for (std::size_t i = 0; i < names.size(); ++i) *fields[i] = std::string_view(names[i]);
+  for (std::size_t i = 0; i < names.size(); ++i) *fields[i] = texts_.Keep(names[i]);
   for (const std::string& name : names) EXPECT_EQ(name, Field(name));
   for (const std::string genre : {"film", "Film", "FILM", "Films", "fil", "Comedy", ""}) {
-    program_.genre = std::string_view(genre);
+    program_.genre = texts_.Keep(genre);
     EXPECT_EQ(genre.size() == 4 ? "Y" : "", Field("Film")) << genre;
   }
   item_.program = nullptr;
@@ -72,9 +73,9 @@ TEST_F(FieldTest, ReadsProgrammeAndItem) {
 }
 
 TEST_F(FieldTest, FlagsStandInOrder) {
-  MSTR* const fields[] = {&item_.new_marker,        &item_.aspect, &item_.stereo,
-                          &item_.subtitle,          &item_.hd,     &item_.repeat,
-                          &program_.black_and_white};
+  CText* const fields[] = {&item_.new_marker,        &item_.aspect, &item_.stereo,
+                           &item_.subtitle,          &item_.hd,     &item_.repeat,
+                           &program_.black_and_white};
   const char* const rows[][8] = {
       {"Y", "16:9", "Y", "Yes", "Y", "Y", "Y", "New, 16:9, Stereo, CC, HD, Repeat, B/W"},
       {"N", "Y", "N", "N", "N", "No", "N", "Y, Repeat(N)"},
@@ -83,7 +84,7 @@ TEST_F(FieldTest, FlagsStandInOrder) {
       {"Y", "", "", "", "", "", "Y", "New, B/W"},
       {"", "", "", "", "", "", "", ""}};
   for (const auto& row : rows) {
-    for (int i = 0; i < 7; ++i) *fields[i] = row[i];
+    for (int i = 0; i < 7; ++i) *fields[i] = texts_.Keep(row[i]);
     EXPECT_EQ(row[7], Field("Flags"));
   }
 }
@@ -95,13 +96,13 @@ TEST_F(FieldTest, StarRatingIsDrawn) {
       "x *,- none  4294967297/2 *,- *- "
       "2000000000/9 ,- none");
   for (std::size_t i = 0; i < words.size(); i += 3) {
-    program_.star_rating = std::string_view(words[i]);
+    program_.star_rating = texts_.Keep(words[i]);
     EXPECT_EQ(words[i + 2] == "none" ? "" : words[i + 2], Field("StarRating", words[i + 1]))
         << words[i];
     EXPECT_EQ(words[i], Field("StarRating", ""));
   }
   for (const char* const rating : {"2000000000", "0/2000000000"}) {
-    program_.star_rating = rating;
+    program_.star_rating = texts_.Keep(rating);
     EXPECT_THROW(Expand("$StarRating(*,-)"), std::bad_alloc);
   }
 }

@@ -14,25 +14,25 @@ namespace {
 
 using epg_test::At;
 using epg_test::FakePlatform;
-using ORVANE::MSTR;
 
 constexpr std::int32_t kFeb5 = 213'585'120;  // 2007, a Monday
 constexpr std::int32_t kHalfPast2 = kFeb5 + 870;
 
 // The text of a time in each of the formats, and a bar after it.
 std::string Shown(std::int32_t time, std::initializer_list<std::int32_t> formats) {
-  MSTR shown;
-  for (const int format : formats) (shown += ConvertLocalTime2String(time, format).View()) += '|';
-  return shown.Text();
+  std::string shown;
+  for (const int format : formats) (shown += ConvertLocalTime2String(time, format)) += '|';
+  return shown;
 }
 
 // A text "DATE|TIME" hands over the time of day on its own.
 void ExpectParsed(int layout, std::int32_t time, std::initializer_list<std::string_view> texts) {
   for (const std::string_view text : texts) {
     const std::size_t bar = text.find('|');
-    const MSTR time_text(bar != text.npos ? text.substr(bar + 1) : "");
-    EXPECT_EQ(time, ParseTime(TimeLayout{layout}, text.substr(0, bar),
-                              bar != text.npos ? &time_text : nullptr))
+    const std::string date(text.substr(0, bar));
+    EXPECT_EQ(time,
+              ParseTime(TimeLayout{layout}, date,
+                        bar != text.npos ? std::optional(text.substr(bar + 1)) : std::nullopt))
         << text;
   }
 }

@@ -1,4 +1,3 @@
-#include "import/reparse.h"
 #include "import/xmltv_data.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +12,8 @@
 #include <utility>
 
 #include "import/progress_indicator.h"
+#include "import/record_readers.h"
+#include "import/reparse.h"
 #include "tests/support/test_support.h"
 #include "xml/safe_node.h"
 
@@ -30,7 +31,7 @@ std::string Describe(const CScheduleItem& i) {
       "RatingBBFC StarRating BlackAndWhite StationKey HD Stereo Subtitle RatingTV RatingFV "
       "RatingOther Repeat Aspect Subtitles New Premiere");
   std::string set;
-  for (const MSTR& text :
+  for (const CText& text :
        {p.title,       p.episode_title,   p.description,  p.genre,        p.show_type,
         p.director,    p.actors,          p.publish_date, p.language,     p.rating_bbfc,
         p.star_rating, p.black_and_white, i.station_key,  i.hd,           i.stereo,
@@ -133,7 +134,7 @@ TEST_F(XmltvImport, SharesProgrammesOfOneText) {
   EXPECT_EQ(texts + "Actors=Bob", Describe(Item(1, 1)));
   MSTR key;
   key.Format("X%X", sum());
-  EXPECT_EQ(key, Item(1, 1).program_key);
+  EXPECT_EQ(key, Item(1, 1).program_key.View());
   EXPECT_EQ(Item(1, 1).program, store_->FindProgram(key.View()));
 }
 
@@ -181,7 +182,7 @@ TEST_F(XmltvImport, ReparsesDescriptions) {
       {"&<br>x<y&#65;&", "&\nx<yA&", ""},
   };
   for (const auto& [text, result, log] : rows) {
-    EXPECT_EQ(result, ReParse(MSTR(std::string_view(text))).View()) << text;
+    EXPECT_EQ(result, ReParse(text)) << text;
     EXPECT_EQ(log.empty() ? std::vector<std::string>() : std::vector{log}, log_.Take());
   }
 }
@@ -217,19 +218,19 @@ TEST(RecordReaders, FollowTheDialect) {
        "Aspect=11|Subtitles=12|New=13|Premiere=14"},
   };
   for (const auto& [dialect, content, expected] : rows) {
-    CScheduleMemory memory;
-    CStation s(memory);
-    s.ReadStationFields(*Element(content), dialect);
-    CProgram program;
-    program.ReadProgramFields(*Element(content), dialect);
-    CScheduleItem item;
-    item.program = &program;
-    item.ReadScheduleItemFields(*Element(content), dialect, 1000);
+    CProviderData store;
+    CStation s;
+    ReadStationFields(*Element(content), dialect, s, store.Memory().texts);
+    auto program = store.NewProgram();
+    ReadProgramFields(*Element(content), dialect, program);
+    auto item = store.NewItem();
+    item->program = &*program;
+    ReadScheduleItemFields(*Element(content), dialect, 1000, item);
     MSTR text;
-    text.Format("%s|%s|%s|%i|%i|%i; %s; %i to %i, %s; ", s.key.Text(), s.network.Text(),
-                s.call_sign.Text(), s.rf_channel, s.second_channel, s.third_channel,
-                program.key.Text(), item.start, item.end, item.program_key.Text());
-    EXPECT_EQ(expected, std::string(text.View()) + Describe(item));
+    text.Format("%s|%s|%s|%i|%i|%i; %s; %i to %i, %s; ", s.key.Characters(), s.network.Characters(),
+                s.call_sign.Characters(), s.rf_channel, s.second_channel, s.third_channel,
+                program->key.Characters(), item->start, item->end, item->program_key.Characters());
+    EXPECT_EQ(expected, std::string(text.View()) + Describe(*item));
   }
 }
 

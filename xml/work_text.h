@@ -9,7 +9,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "host/mstr.h"
+#include "host/api.h"
+#include "text/bad_alloc.h"
 
 template <std::size_t kInlineBytes>
 class CWorkText {
@@ -42,7 +43,7 @@ class CWorkText {
     const auto used = static_cast<std::size_t>(end_ - begin_);
     const std::size_t room = std::max(used * 2, used + more);
     auto* const roomy = static_cast<char*>(std::malloc(room));
-    if (roomy == nullptr) throw ORVANE::MBADALLOC();
+    if (roomy == nullptr) throw CBadAlloc();
     std::memcpy(roomy, begin_, used);
     if (begin_ != inline_) std::free(begin_);
     begin_ = roomy;

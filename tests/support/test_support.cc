@@ -103,7 +103,7 @@ std::vector<std::string> FakePlatform::TakeMessageBoxes() {
 }
 
 std::int32_t At(std::string_view date_and_time) {
-  return ParseTime(TimeLayout::kYearFirst, ORVANE::MSTR(date_and_time));
+  return ParseTime(TimeLayout::kYearFirst, std::string(date_and_time));
 }
 
 }  // namespace epg_test
