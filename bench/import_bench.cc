@@ -8,7 +8,8 @@
 #include "bench/sample_listings.h"
 #include "host/mstrm.h"
 #include "host/mxml.h"
-#include "schedule/provider_kind.h"
+#include "import/record_readers.h"
+#include "schedule/provider_data.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
 
@@ -72,7 +73,7 @@ void ReadElements(benchmark::State& state) {
     reader.ReadRoot(root);
     while (reader.ReadElement(node, open, end_tag) && !end_tag) {
       if (open) reader.ReadChildren(node, error);
-      node.FreeChildren();
+      reader.Recycle(node);
     }
   }
   SetRates(state, Format::kXMLTV);
@@ -111,36 +112,42 @@ BENCHMARK(FreeSchedule)->Unit(benchmark::kMillisecond)->Iterations(10);
 // A record's fields from an element of as many children.
 template <typename Read>
 void ReadRecord(benchmark::State& state, const std::vector<const char*>& names, Read read) {
+  CProviderData store;
   CSafeNode node;
   for (const char* const name : names) {
-    auto child = node.MakeChild();
+    auto child = std::make_unique<CSafeNode>();
     child->name = name;
     child->value = "216180000";
     node.AddNode(child.release());
   }
-  for (auto _ : state) read(node);
+  for (auto _ : state) read(node, store);
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(names.size()));
 }
 
 void ReadItemNumbered(benchmark::State& state) {
-  CScheduleItem item;
   ReadRecord(state, {"f1", "f2", "f3", "f4", "f10", "f12"},
-             [&](MXML::NODE& node) { item.ReadScheduleItemFields(node, ProviderKind::kOther, 0); });
+             [&](const MXML::NODE& node, CProviderData& store) {
+               auto item = store.NewItem();
+               ReadScheduleItemFields(node, ProviderKind::kOther, 0, item);
+             });
 }
 BENCHMARK(ReadItemNumbered);
 
 void ReadItemNamed(benchmark::State& state) {
-  CScheduleItem item;
-  ReadRecord(
-      state, {"station_id", "program_id", "start_time", "end_time", "hd", "repeat"},
-      [&](MXML::NODE& node) { item.ReadScheduleItemFields(node, ProviderKind::kTitanTV, 0); });
+  ReadRecord(state, {"station_id", "program_id", "start_time", "end_time", "hd", "repeat"},
+             [&](const MXML::NODE& node, CProviderData& store) {
+               auto item = store.NewItem();
+               ReadScheduleItemFields(node, ProviderKind::kTitanTV, 0, item);
+             });
 }
 BENCHMARK(ReadItemNamed);
 
 void ReadProgramNumbered(benchmark::State& state) {
-  CProgram program;
   ReadRecord(state, {"f1", "f2", "f3", "f4", "f5", "f8"},
-             [&](MXML::NODE& node) { program.ReadProgramFields(node, ProviderKind::kOther); });
+             [&](const MXML::NODE& node, CProviderData& store) {
+               auto program = store.NewProgram();
+               ReadProgramFields(node, ProviderKind::kOther, program);
+             });
 }
 BENCHMARK(ReadProgramNumbered);
 

@@ -10,9 +10,9 @@
 
 #include "bench/sample_listings.h"
 #include "host/mlog.h"
-#include "schedule/program_details.h"
 #include "schedule/schedule_memory.h"
 #include "schedule/station.h"
+#include "schedule/template.h"
 #include "schedule/time_value.h"
 
 namespace bench {
@@ -34,13 +34,13 @@ void InsertItems(benchmark::State& state) {
   if (state.range(0) == kRandom) std::shuffle(starts.begin(), starts.end(), std::mt19937(1));
   static constexpr const char* kLabels[] = {"in order", "reversed", "random"};
   state.SetLabel(kLabels[state.range(0)]);
-  CScheduleItem item;
   for (auto _ : state) {
     CScheduleMemory memory;
-    CStation station(memory);
+    CStation station;
     for (const std::int32_t start : starts) {
-      item.start = 220'000'000 + start * 30;
-      item.end = item.start + 30;
+      CNewRecord<CScheduleItem> item(memory.items, memory.texts);
+      item->start = 220'000'000 + start * 30;
+      item->end = item->start + 30;
       station.Insert(item);
     }
     station.BuildProgramIndex();
@@ -118,7 +118,7 @@ void WriteTime(benchmark::State& state) {
 BENCHMARK(WriteTime)->DenseRange(0, 5);
 
 void ReadTime(benchmark::State& state) {
-  const MSTR text("20240401183000 +0100");
+  const std::string text("20240401183000 +0100");
   for (auto _ : state) benchmark::DoNotOptimize(ParseTime(TimeLayout::kDigits, text));
   state.SetItemsProcessed(state.iterations());
 }

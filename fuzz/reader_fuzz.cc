@@ -111,7 +111,7 @@ void CompareUnits(CSimpleXMLReader& reader, std::string_view text) {
   CSafeNode node;
   while (model.at < text.size()) {
     fuzz::Check(model.Read() == ReadUnit(reader, node), "a unit is the model's");
-    fuzz::Check(static_cast<std::int64_t>(model.at) == reader.Position(),
+    fuzz::Check(static_cast<std::int64_t>(model.at) == reader.Offset(),
                 "a unit ends where the model's does");
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "import/listings_import.h"
 #include "import/record_readers.h"
@@ -87,9 +88,9 @@ bool CProviderData::LoadCacheXML(const MSTR& file_name, MSTR& status,
   AnnounceRange(load.reader, progress);
   const std::uint32_t began = platform::GetTickCount();
   const bool has_children = ReadListingsRoot(load.reader, load.root, "ProviderData");
-  const MSTR name_space = load.root.GetAttribute("xmlns");
-  if (!EqualIgnoringCase(name_space.View(), kMakerNamespace)) {
-    status.Format("Unexpected xmlns value: \"%s\".", name_space.Text());
+  const std::string_view name_space = AttributeValue(load.root, "xmlns");
+  if (!EqualIgnoringCase(name_space, kMakerNamespace)) {
+    status.Format("Unexpected xmlns value: \"%s\".", name_space.data());
     return false;
   }
   if (has_children && !LoadCollections(load)) return false;

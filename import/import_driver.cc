@@ -63,21 +63,21 @@ std::shared_ptr<CProviderData> ImportEPGFile(const MSTR& file_name, MSTR& status
   CSafeNode root;
   reader.ReadRoot(root);
   reader.Close();
-  const MSTR name_space = root.GetAttribute("xmlns");
-  const MSTR generator = root.GetAttribute("generator-info-name");
+  const std::string_view name_space = AttributeValue(root, "xmlns");
+  const std::string_view generator = AttributeValue(root, "generator-info-name");
 
   // A root may bear the marks of several formats: the first that is asked for here decides.
-  if (EqualIgnoringCase(name_space.View(), kMakerNamespace)) {
+  if (EqualIgnoringCase(name_space, kMakerNamespace)) {
     MLog.Log("EPG Loader: Importing Norvex format XML, %s.", file_name.Text());
     return Import(MakeStore(root.GetAttributeAsInt("EPGSource", 0)), &CProviderData::LoadCacheXML,
                   {file_name, status, progress}, '.');
   }
-  if (EqualIgnoringCase(name_space.View(), kTitanTVNamespace)) {
+  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) {
     MLog.Log("EPG Loader: Importing Titan TV format XML, %s.", file_name.Text());
     return Import(std::make_shared<CDMData>(), &CProviderData::ImportXML,
                   {file_name, status, nullptr}, '.');
   }
-  if (EqualIgnoringCase(generator.View(), "XMLTV")) {
+  if (EqualIgnoringCase(generator, "XMLTV")) {
     MLog.Log("EPG Loader: Importing XMLTV format XML, %s.", file_name.Text());
     return Import(std::make_shared<CXMLTVData>(), &CProviderData::ImportXML,
                   {file_name, status, progress}, '.');

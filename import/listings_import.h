@@ -45,7 +45,7 @@ template <typename Handler>
       return CheckEndTag(end_tag, element, child.name, status);
     }
     if (!handle(open)) return false;
-    child.FreeChildren();
+    reader.Recycle(child);
   }
 }
 

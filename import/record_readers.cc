@@ -5,6 +5,7 @@
 #include <span>
 
 #include "schedule/text_number.h"
+#include "xml/safe_node.h"
 
 using ORVANE::MSTR;
 using ORVANE::MXML;
@@ -118,7 +119,7 @@ void ReadStationFields(const MXML::NODE& node, ProviderKind dialect, CStation& s
     ReadFields<CStation>(node, dialect, 0, kStationFields, station, texts);
     return;
   }
-  station.key = texts.Keep(node.AttributeValue("id").View());
+  station.key = texts.Keep(AttributeValue(node, "id"));
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     if (!(child->name == "display-name")) continue;
     if (station.network.IsEmpty()) {

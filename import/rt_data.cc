@@ -15,23 +15,25 @@ using ORVANE::MXML;
 
 namespace {
 
-// Reads a programme's fields into its node, up to and including its end tag. False: the fault is in
-// `status`.
+// Reads a programme's fields into its node, which has no children yet, up to and including its end
+// tag. False: the fault is in `status`.
 bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& status) {
+  MXML::NODE** end = &programme.first_child;  // where the next field is linked in
   for (;;) {
-    auto field = programme.MakeChild();
+    auto field = reader.NewNode();
     bool open = false;
     bool end_tag = false;
-    if (!reader.ReadElement(*field, open, end_tag) || end_tag) {
+    if (!reader.ReadNewElement(*field, open, end_tag) || end_tag) {
       const bool closed = CheckEndTag(end_tag, "Programme", field->name, status);
-      programme.TakeBack(std::move(field));
+      reader.TakeBack(std::move(field));
       return closed;
     }
     if (open) {
       status.Format("Unexpected sub-element, %s, in Programme Field.", field->name.Text());
       return false;
     }
-    programme.AddNode(field.release());
+    *end = field.release();
+    end = &(*end)->next_sibling;
   }
 }
 
@@ -61,7 +63,7 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
       }
       if (!ReadProgrammeFields(reader, programme, status)) return false;
       ImportProgramme(programme);
-      programme.FreeChildren();
+      reader.Recycle(programme);
     }
     // When the file ends early, this is still the name of the last element.
     if (!(programme.name == root.name)) {

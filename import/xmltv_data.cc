@@ -129,12 +129,12 @@ void ReadRating(const MXML::NODE& node, Programme& programme) {
     }
   }
   if (value == nullptr) return;
-  const MSTR& system = node.AttributeValue("system");
+  const std::string_view system = AttributeValue(node, "system");
   if (system == "BBFC") {
     programme.SetProgramText(&CProgram::rating_bbfc, value->value.View());
   } else {
     MSTR rating;
-    rating.Format("%s rating: %s", system.Text(), value->value.Text());
+    rating.Format("%s rating: %s", system.data(), value->value.Text());
     programme.SetItemText(&CScheduleItem::rating_other, rating.View());
   }
 }
@@ -222,7 +222,7 @@ bool CXMLTVData::ImportChannel(const MXML::NODE& node) {
 
 bool CXMLTVData::ImportProgramme(const MXML::NODE& node, MSTR& actors) {
   static const std::uint32_t no_text_id = MSTR().Id();
-  CStation* const station = FindStation(node.AttributeValue("channel").View());
+  CStation* const station = FindStation(AttributeValue(node, "channel"));
   if (station == nullptr) return false;
   auto item = NewItem();
   auto program = NewProgram();
@@ -232,9 +232,8 @@ bool CXMLTVData::ImportProgramme(const MXML::NODE& node, MSTR& actors) {
   programme.SetProgramText(&CProgram::actors, actors.View());
   SetProgramKey(programme);
   PrefetchProgram(program->key.View());
-  item->start = ParseTime(TimeLayout::kDigits, node.AttributeValue("start").View());
-  item->end =
-      EndAfter(item->start, ParseTime(TimeLayout::kDigits, node.AttributeValue("stop").View()));
+  item->start = ParseTime(TimeLayout::kDigits, AttributeValue(node, "start"));
+  item->end = EndAfter(item->start, ParseTime(TimeLayout::kDigits, AttributeValue(node, "stop")));
   item->program = AddProgram(program);
   item->program_key = item->program->key;
   return station->Insert(item);

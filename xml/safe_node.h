@@ -5,32 +5,25 @@
 // Threads: a tree belongs to the thread of its import.
 #pragma once
 
-#include <memory>
+#include <string_view>
 
 #include "host/mxml.h"
 
-// A listings file is read as one small tree after the other, all below the same few nodes. So a
-// node keeps some of the children and attributes that it frees, with the storage of their texts,
-// and gives them out again: a programme of ten elements, which took thirty allocations, takes none.
 class CSafeNode : public ORVANE::MXML::NODE {
  public:
   CSafeNode() = default;
   virtual ~CSafeNode();
 
-  // An empty node for the tree below this one.
-  std::unique_ptr<CSafeNode> MakeChild();
-  // Takes back a node that was not linked into the tree.
-  void TakeBack(std::unique_ptr<CSafeNode> child);
-  // Adds an attribute without a value.
-  ORVANE::MXML::ATTRIB& AddNewAttribute(std::string_view attribute_name);
-
   // Frees children and attributes; the node keeps its own name and value.
   void FreeChildren();
-
-  void FreeAttributes() {
-    if (first_attribute != nullptr) KeepSpareAttributes();
-  }
-
- private:
-  void KeepSpareAttributes();
 };
+
+// The first attribute of that name; null when there is none.
+const ORVANE::MXML::ATTRIB* FindAttribute(const ORVANE::MXML::NODE& node, std::string_view name);
+
+// Its value, empty when there is none. The view lives until the node is changed; a NUL follows it.
+std::string_view AttributeValue(const ORVANE::MXML::NODE& node, std::string_view name);
+
+// Unlinks the first of a list of nodes, all of them CSafeNode, and gives it. Its own children take
+// its place, so that a tree is taken apart in document order in one loop, however deep it is.
+CSafeNode* UnlinkFirst(ORVANE::MXML::NODE*& first);

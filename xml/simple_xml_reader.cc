@@ -1,19 +1,30 @@
 #include "xml/simple_xml_reader.h"
 
-#include <cstddef>
-#include <memory>
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <string>
 #include <utility>
 
+#include "text/bad_alloc.h"
 #include "text/entities.h"
 #include "text/letters.h"
-#include "xml/work_text.h"
+#include "xml/marks.h"
 
 using ORVANE::MSTR;
 using ORVANE::MXML;
 
 namespace {
 
-bool IsQuote(char c) { return c == '"' || c == '\''; }
+constexpr std::size_t kWindowBytes = std::size_t{128} << 10;
+// So many bytes before the next one stay in the window.
+constexpr std::size_t kStepBack = 2;
+
+// What decides something outside a tag, inside one, and in a tag's text.
+using TextMarks = CMarks<'&', '<'>;
+using TagMarks = CMarks<'"', '\'', '&', '/', '<', '>'>;
+using TokenMarks = CMarks<'"', '\'', ' ', '='>;
+using Quotes = CMarks<'"', '\''>;
 
 // The name between '&' and ';'. However long it gets, only names of up to four bytes mean
 // something, so no more than five are kept.
@@ -30,211 +41,21 @@ class CEntityName {
   std::size_t length_ = 0;
 };
 
-constexpr std::array<bool, 256> TableOf(std::string_view characters) {
-  std::array<bool, 256> table = {};
-  for (const char c : characters) table[static_cast<unsigned char>(c)] = true;
-  return table;
+// Names come again and again: a node that is used again often has the right one.
+void SetName(MSTR& name, std::string_view value) {
+  if (name.View() != value) name = value;
 }
 
-// The bytes that decide something outside a tag, and inside one.
-constexpr auto kTextStops = TableOf("&<");
-constexpr auto kTagStops = TableOf("\"'&/<>");
-// And in a tag's text.
-constexpr auto kTokenStops = TableOf("\"' =");
-
-}  // namespace
-
-// The next byte; kEnd at the end of the file.
-inline int CSimpleXMLReader::ReadOne() {
-  unsigned char byte;
-  return Read(&byte, 1) == 1 ? byte : kEnd;
+// An attribute's value is its token without any quotes, interior ones too.
+void SetValue(MXML::ATTRIB& attribute, std::string_view token, std::size_t quotes) {
+  if (quotes == 2 && Quotes::Contains(token.front()) && Quotes::Contains(token.back())) {
+    attribute.value = token.substr(1, token.size() - 2);
+    return;
+  }
+  std::string unquoted;
+  std::remove_copy_if(token.begin(), token.end(), std::back_inserter(unquoted), Quotes::Contains);
+  attribute.value = std::string_view(unquoted);
 }
-
-// Reads the rest of an entity, behind its '&': gives the character, '\0' for a name that means
-// nothing. One that no ';' follows swallows markup too, to the end of the file, and gives kEnd.
-int CSimpleXMLReader::ReadEntity() {
-  CEntityName name;
-  for (int c = ReadOne(); c != kEnd; c = ReadOne()) {
-    if (c == ';') return name.Decode();
-    name.Add(static_cast<char>(c));
-  }
-  return kEnd;
-}
-
-// Reads up to the next of the `stops` and gives it, or kEnd; adds what goes by to `text`, if there
-// is one.
-//
-// Nearly every byte of a file goes through the inner loop. There is nothing in it that could touch
-// the stream but the reading of a byte, so its position stays in a register, and what has gone by
-// is copied at once.
-template <typename Text>
-inline int CSimpleXMLReader::PassBy(const std::array<bool, 256>& stops, Text* text) {
-  for (;;) {
-    const char* const begin = Cursor();
-    while (HasByte()) {
-      const int c = ReadOne();
-      if (stops[static_cast<unsigned char>(c)]) {
-        if (text != nullptr) text->Add({begin, Cursor() - 1});
-        return c;
-      }
-    }
-    if (text != nullptr) text->Add({begin, Cursor()});
-    const int c = ReadOne();  // the first of the next window
-    if (c == kEnd || stops[static_cast<unsigned char>(c)]) return c;
-    if (text != nullptr) text->Add(static_cast<char>(c));
-  }
-}
-
-bool CSimpleXMLReader::ReadUnit(CSafeNode& node, bool& open, bool& end_tag, bool& markup) {
-  open = true;
-  end_tag = false;
-  markup = false;
-  CWorkText<512> tag;
-  CWorkText<1024> content;
-  std::size_t brackets = 0;  // '<' met in this call
-  bool skipping = false;
-  bool in_quotes = false;  // one flag for both kinds; a '>' does not clear it
-  bool is_end_tag = false;
-  bool start_parsed = false;
-
-  for (;;) {
-    // Outside a tag. Only what stands between the first '<' of a call and the second can become
-    // the value.
-    const auto text = brackets == 1 ? &content : nullptr;
-    int c = PassBy(kTextStops, text);
-    if (c == kEnd) return false;
-    if (c == '&') {
-      c = ReadEntity();
-      if (c == kEnd) return false;
-      if (text != nullptr && c != '\0') text->Add(static_cast<char>(c));
-      continue;
-    }
-
-    // In a tag, from its '<' to the next '>'.
-    while (c != '>') {
-      if (c == '<') {
-        markup = true;
-        if (brackets == 1) node.value = content.View();
-        ++brackets;
-        content.Clear();
-        c = ReadOne();
-        if (c == kEnd) return false;
-        if (c == '/') {
-          is_end_tag = true;
-        } else if (c == '!' || c == '?') {
-          skipping = true;
-          open = false;
-        } else if (brackets > 1) {
-          // Another element begins: the next call shall read its '<' again.
-          return Seek(-2, SEEK::Current);
-        }
-        // The byte belongs to the tag as well.
-        if (kTagStops[static_cast<unsigned char>(c)]) continue;
-        if (!skipping) tag.Add(static_cast<char>(c));
-      } else if (c == '&') {
-        c = ReadEntity();
-        if (c == kEnd) return false;
-        if (!skipping && c != '\0') tag.Add(static_cast<char>(c));
-      } else if (c == '/') {
-        if (in_quotes) {
-          tag.Add('/');
-        } else {
-          open = false;  // wherever in the tag it stands
-        }
-      } else if (!skipping) {
-        in_quotes = !in_quotes;
-        tag.Add(static_cast<char>(c));
-      }
-      c = PassBy(kTagStops, skipping ? nullptr : &tag);
-      if (c == kEnd) return false;
-    }
-    if (!start_parsed) {
-      ParseTag(node, tag.View());
-      tag.Clear();
-      start_parsed = true;
-      if (is_end_tag) end_tag = true;
-    } else if (!(node.name == tag.View())) {
-      return false;
-    }
-    if (!open) return true;
-  }
-}
-
-bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
-  bool markup = false;
-  return ReadUnit(node, open, end_tag, markup);
-}
-
-bool CSimpleXMLReader::ReadRoot(CSafeNode& root, bool& more) {
-  Seek(0, SEEK::Start);
-  bool open = false;
-  bool end_tag = false;
-  while (ReadUnit(root, open, end_tag, more)) {
-    if (open) return true;
-  }
-  return false;
-}
-
-namespace {
-
-// The open elements below a parent, from the innermost up: depth costs heap, not stack. They are
-// linked into the tree as they are closed; what is still open at the end goes with the path.
-class COpenPath {
- public:
-  explicit COpenPath(CSafeNode& parent) : parent_(parent), innermost_(&parent) {}
-  COpenPath(const COpenPath&) = delete;
-  COpenPath& operator=(const COpenPath&) = delete;
-  ~COpenPath() {
-    while (!IsAtParent()) delete Leave();
-  }
-
-  CSafeNode& Innermost() { return *innermost_; }
-  bool IsAtParent() const { return innermost_ == &parent_; }
-
-  void Enter(std::unique_ptr<CSafeNode> node) {
-    node->next_sibling = innermost_;  // it has no sibling yet
-    innermost_ = node.release();
-  }
-
-  // Closes the innermost element.
-  void Close() {
-    CSafeNode* const closed = Leave();
-    innermost_->AddNode(closed);
-  }
-
- private:
-  CSafeNode* Leave() {
-    CSafeNode* const outer = static_cast<CSafeNode*>(innermost_->next_sibling);
-    innermost_->next_sibling = nullptr;
-    return std::exchange(innermost_, outer);
-  }
-
-  CSafeNode& parent_;
-  CSafeNode* innermost_;  // Owned, with those above it, below the parent.
-};
-
-}  // namespace
-
-bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
-  COpenPath path(parent);
-  for (;;) {
-    auto node = parent.MakeChild();
-    bool open = false;
-    bool end_tag = false;
-    if (!ReadElement(*node, open, end_tag) || end_tag) {
-      if (!CheckEndTag(end_tag, path.Innermost().name, node->name, error)) return false;
-      parent.TakeBack(std::move(node));
-      if (path.IsAtParent()) return true;
-      path.Close();
-    } else if (open) {
-      path.Enter(std::move(node));
-    } else {
-      path.Innermost().AddNode(node.release());
-    }
-  }
-}
-
-namespace {
 
 // Cuts a tag's text at blanks and '=' outside quotes.
 class CTokens {
@@ -249,12 +70,10 @@ class CTokens {
     const char* const begin = next_;
     quotes = 0;
     for (;;) {
-      while (next_ != end_ && !kTokenStops[static_cast<unsigned char>(*next_)]) ++next_;
-      if (next_ == end_ || !IsQuote(*next_)) break;
-      do {
-        ++next_;
-      } while (next_ != end_ && !IsQuote(*next_));
+      next_ = TokenMarks::Find(next_, end_);
+      if (next_ == end_ || !Quotes::Contains(*next_)) break;
       ++quotes;
+      next_ = Quotes::Find(next_ + 1, end_);
       if (next_ == end_) break;
       ++quotes;
       ++next_;
@@ -271,32 +90,253 @@ class CTokens {
   bool at_end_ = false;
 };
 
-// An attribute's value is its token without any quotes, interior ones too.
-void SetValue(MXML::ATTRIB& attribute, std::string_view token, std::size_t quotes) {
-  if (quotes == 2 && IsQuote(token.front()) && IsQuote(token.back())) {
-    attribute.value = token.substr(1, token.size() - 2);
-    return;
-  }
-  CWorkText<256> unquoted;
-  for (const char c : token) {
-    if (!IsQuote(c)) unquoted.Add(c);
-  }
-  attribute.value = unquoted.View();
-}
-
 }  // namespace
 
+// Makes room behind what is still needed, the text and the bytes to look back at, and reads the
+// next block. False at the end of the stream; nothing has changed then but the place of the text.
+bool CSimpleXMLReader::Refill() {
+  const std::string_view text = Text();
+  const std::size_t behind = std::min(kStepBack, static_cast<std::size_t>(next_ - window_.get()));
+  char look_back[kStepBack];
+  std::copy(next_ - behind, next_, look_back);
+  if (text.size() + kStepBack > window_bytes_ / 2) {
+    if (text.size() > kLongestText) throw CBadAlloc();
+    const std::size_t bytes = std::max(kWindowBytes, window_bytes_ * 2);
+    auto grown = std::make_unique_for_overwrite<char[]>(bytes);
+    std::copy(text.begin(), text.end(), grown.get());
+    window_ = std::move(grown);
+    window_bytes_ = bytes;
+  } else {
+    std::memmove(window_.get(), text.data(), text.size());
+  }
+  text_begin_ = window_.get();
+  text_end_ = text_begin_ + text.size();
+  next_ = limit_ = std::copy(look_back, look_back + behind, text_end_);
+  const auto room = static_cast<int>(window_.get() + window_bytes_ - next_);
+  const int count = std::max(0, Read(next_, room));
+  limit_ += count;
+  limit_offset_ += count;
+  return count > 0;
+}
+
+void CSimpleXMLReader::AddToText(const char* begin, const char* end) {
+  const auto count = static_cast<std::size_t>(end - begin);
+  if (begin != text_end_ && count != 0) std::memmove(text_end_, begin, count);
+  text_end_ += count;
+}
+
+// Reads the rest of an entity, behind its '&': gives the character, '\0' for a name that means
+// nothing. One that no ';' follows swallows markup too, to the end of the file, and gives kEnd.
+int CSimpleXMLReader::ReadEntity() {
+  CEntityName name;
+  for (int c = ReadOne(); c != kEnd; c = ReadOne()) {
+    if (c == ';') return name.Decode();
+    name.Add(static_cast<char>(c));
+  }
+  return kEnd;
+}
+
+// Reads up to the next of the marks and gives it, or kEnd; adds what goes by to the text when that
+// is to be kept.
+template <typename Marks>
+inline int CSimpleXMLReader::PassBy(bool keep) {
+  for (;;) {
+    char* const begin = std::exchange(next_, Marks::Find(next_, limit_));
+    if (keep) AddToText(begin, next_);
+    if (next_ != limit_) return static_cast<unsigned char>(*next_++);
+    if (!Refill()) return kEnd;
+  }
+}
+
+bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
+  unit = {};
+  unit.open = true;
+  BeginText();
+  int brackets = 0;  // '<' met in this call
+  bool skipping = false;
+  bool in_quotes = false;  // one flag for both kinds; a '>' does not clear it
+  bool is_end_tag = false;
+
+  for (;;) {
+    // Outside a tag. Only what stands between the first '<' of a call and the second can become
+    // the value.
+    const bool keep = brackets == 1;
+    int c = PassBy<TextMarks>(keep);
+    if (c == kEnd) return false;
+    if (c == '&') {
+      c = ReadEntity();
+      if (c == kEnd) return false;
+      if (keep && c != '\0') AddToText(static_cast<char>(c));
+      continue;
+    }
+    if (keep) {
+      node.value = Text();
+      unit.valued = true;
+    }
+    BeginText();
+
+    // In a tag, from its '<' to the next '>'.
+    while (c != '>') {
+      if (c == '<') {
+        unit.markup = true;
+        if (brackets == 1 && !unit.valued) {
+          node.value = std::string_view();
+          unit.valued = true;
+        }
+        ++brackets;
+        c = ReadOne();
+        if (c == kEnd) return false;
+        if (c == '/') {
+          is_end_tag = true;
+        } else if (c == '!' || c == '?') {
+          skipping = true;
+          unit.open = false;
+        } else if (brackets > 1) {
+          // Another element begins: the next call shall read its '<' again.
+          next_ -= kStepBack;
+          return true;
+        }
+        // The byte belongs to the tag as well.
+        if (TagMarks::Contains(static_cast<char>(c))) continue;
+        if (!skipping) AddToText(static_cast<char>(c));
+      } else if (c == '&') {
+        c = ReadEntity();
+        if (c == kEnd) return false;
+        if (!skipping && c != '\0') AddToText(static_cast<char>(c));
+      } else if (c == '/') {
+        if (in_quotes) {
+          AddToText('/');
+        } else {
+          unit.open = false;  // wherever in the tag it stands
+        }
+      } else if (!skipping) {
+        in_quotes = !in_quotes;
+        AddToText(static_cast<char>(c));
+      }
+      c = PassBy<TagMarks>(!skipping);
+      if (c == kEnd) return false;
+    }
+    if (!unit.parsed) {
+      ParseTag(node, Text());
+      unit.parsed = true;
+      unit.end_tag = is_end_tag;
+    } else if (node.name.View() != Text()) {
+      return false;
+    }
+    if (!unit.open) return true;
+    BeginText();
+  }
+}
+
+bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
+  Unit unit;
+  const bool whole = ReadUnit(node, unit);
+  open = unit.open;
+  end_tag = unit.end_tag;
+  return whole;
+}
+
+bool CSimpleXMLReader::ReadNewElement(CSafeNode& node, bool& open, bool& end_tag) {
+  Unit unit;
+  const bool whole = ReadUnit(node, unit);
+  if (!unit.parsed) SetName(node.name, {});
+  if (!unit.valued) SetName(node.value, {});
+  open = unit.open;
+  end_tag = unit.end_tag;
+  return whole;
+}
+
+bool CSimpleXMLReader::ReadRoot(CSafeNode& root, bool& more) {
+  Seek(0, SEEK::Start);
+  text_begin_ = text_end_ = next_ = limit_ = window_.get();
+  limit_offset_ = 0;
+  Unit unit;
+  while (ReadUnit(root, unit)) {
+    if (unit.open) return true;
+  }
+  more = unit.markup;
+  return false;
+}
+
+// The open elements below a parent. They are linked into the tree as they are closed; what is still
+// open at the end goes with the path.
+class CSimpleXMLReader::COpenPath {
+ public:
+  COpenPath(std::vector<Level>& levels, CSafeNode& parent) : levels_(levels) {
+    MXML::NODE* last = parent.first_child;
+    while (last != nullptr && last->next_sibling != nullptr) last = last->next_sibling;
+    levels_.assign(1, {&parent, last});
+  }
+  COpenPath(const COpenPath&) = delete;
+  COpenPath& operator=(const COpenPath&) = delete;
+  ~COpenPath() {
+    for (; !IsAtParent(); levels_.pop_back()) delete levels_.back().node;
+  }
+
+  CSafeNode& Innermost() { return *levels_.back().node; }
+  bool IsAtParent() const { return levels_.size() == 1; }
+
+  // Links a whole element in as the innermost one's last child.
+  void Append(std::unique_ptr<CSafeNode> node) {
+    Level& level = levels_.back();
+    (level.last_child != nullptr ? level.last_child->next_sibling : level.node->first_child) =
+        node.get();
+    level.last_child = node.release();
+  }
+
+  void Enter(std::unique_ptr<CSafeNode> node) {
+    levels_.push_back({node.get(), nullptr});
+    static_cast<void>(node.release());
+  }
+
+  // Closes the innermost element.
+  void Close() {
+    std::unique_ptr<CSafeNode> closed(levels_.back().node);
+    levels_.pop_back();
+    Append(std::move(closed));
+  }
+
+ private:
+  std::vector<Level>& levels_;  // the parent's, and those of elements that are owned here
+};
+
+bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
+  COpenPath path(open_, parent);
+  for (;;) {
+    auto node = NewNode();
+    bool open = false;
+    bool end_tag = false;
+    if (!ReadNewElement(*node, open, end_tag) || end_tag) {
+      if (!CheckEndTag(end_tag, path.Innermost().name, node->name, error)) return false;
+      TakeBack(std::move(node));
+      if (path.IsAtParent()) return true;
+      path.Close();
+    } else if (open) {
+      path.Enter(std::move(node));
+    } else {
+      path.Append(std::move(node));
+    }
+  }
+}
+
 bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
-  node.FreeAttributes();
+  if (node.first_attribute != nullptr) pool_.TakeBackAttributes(node);
+  MXML::ATTRIB** end = &node.first_attribute;  // where the next attribute is linked in
   CTokens tokens(tag);
   std::size_t quotes = 0;
-  node.name = tokens.Next(quotes);
+  SetName(node.name, tokens.Next(quotes));
   // Names and values alternate; blanks around '=' therefore part a value from its name.
   while (!tokens.AtEnd()) {
-    MXML::ATTRIB& attribute = node.AddNewAttribute(tokens.Next(quotes));
-    if (tokens.AtEnd()) break;
-    const std::string_view value = tokens.Next(quotes);
-    SetValue(attribute, value, quotes);
+    auto attribute = pool_.TakeAttribute();
+    SetName(attribute->name, tokens.Next(quotes));
+    if (tokens.AtEnd()) {
+      SetName(attribute->value, {});
+    } else {
+      const std::string_view value = tokens.Next(quotes);
+      SetValue(*attribute, value, quotes);
+    }
+    *end = attribute.release();
+    end = &(*end)->next;
   }
   return true;
 }

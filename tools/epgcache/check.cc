@@ -96,10 +96,10 @@ Format FormatOf(const std::string& name) {
   CSafeNode root;
   if (!reader.Open(std::string_view(name), true, false, true)) return Format::kOther;
   reader.ReadRoot(root);
-  const ORVANE::MSTR name_space = root.GetAttribute("xmlns");
-  if (EqualIgnoringCase(name_space.View(), kMakerNamespace)) return Format::kCache;
-  if (EqualIgnoringCase(name_space.View(), kTitanTVNamespace)) return Format::kTitanTV;
-  if (EqualIgnoringCase(root.AttributeValue(kGenerator).View(), "XMLTV")) return Format::kXmltv;
+  const std::string_view name_space = AttributeValue(root, "xmlns");
+  if (EqualIgnoringCase(name_space, kMakerNamespace)) return Format::kCache;
+  if (EqualIgnoringCase(name_space, kTitanTVNamespace)) return Format::kTitanTV;
+  if (EqualIgnoringCase(AttributeValue(root, kGenerator), "XMLTV")) return Format::kXmltv;
   return Format::kOther;
 }
 

@@ -122,11 +122,11 @@ class BytesAsRead {
     for (const TagAttribute& attribute : parts.attributes) CountReferences(attribute.value);
     if (IsOdd(tag)) ++misread_tags;
     CSafeNode node;
-    CSimpleXMLReader::ParseTag(node, TagAsRead(bytes_, tag));
+    CSimpleXMLReader().ParseTag(node, TagAsRead(bytes_, tag));
     if (node.name == "channel") {
-      if (!starts_.try_emplace(std::string(node.GetAttribute("id").View())).second) ++same_channel;
+      if (!starts_.try_emplace(std::string(AttributeValue(node, "id"))).second) ++same_channel;
     } else {
-      const auto station = starts_.find(node.GetAttribute("channel").View());
+      const auto station = starts_.find(AttributeValue(node, "channel"));
       if (station == starts_.end() || !(node.name == "programme")) {
         ++without_station;
       } else {
@@ -139,8 +139,8 @@ class BytesAsRead {
   void TakeTimes(CSafeNode& node, const TagParts& parts, std::set<std::int32_t>& starts) {
     const auto start = ParseXmltvTime(parts.ValueOf("start"), Zone());
     const auto stop = ParseXmltvTime(parts.ValueOf("stop"), Zone());
-    const std::int32_t read_start = ParseTime(TimeLayout::kDigits, node.GetAttribute("start"));
-    const std::int32_t read_stop = ParseTime(TimeLayout::kDigits, node.GetAttribute("stop"));
+    const std::int32_t read_start = ParseTime(TimeLayout::kDigits, AttributeValue(node, "start"));
+    const std::int32_t read_stop = ParseTime(TimeLayout::kDigits, AttributeValue(node, "stop"));
     if (!starts.insert(read_start).second) {
       ++same_start;
       return;

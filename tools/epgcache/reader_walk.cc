@@ -71,7 +71,7 @@ class Walk {
     std::size_t begin;
   };
 
-  std::size_t Position() const { return static_cast<std::size_t>(reader_.Position()); }
+  std::size_t Position() const { return static_cast<std::size_t>(reader_.Offset()); }
   std::string NodeName() const { return std::string(node_.name.View()); }
 
   // Reads on, and remembers where the reader and XML have parted since they last were at one.
