@@ -2,24 +2,24 @@
 
 #include <stdexcept>
 
-#include "host/engine.h"
+#include "text/counted_text.h"
 
 namespace shell {
 
-void Guide::Run(ORVANE::MSSEXEC& exec, const char* method) {
-  if (!ORVANE::CallMethod(exec, method)) {
+void Guide::Run(ORVANE::CALL& call, const char* method) {
+  if (!call.Run(method)) {
     throw std::runtime_error(std::string("the plug-in's method ") + method + " has failed");
   }
 }
 
-std::int32_t Guide::IntegerOf(const ORVANE::MSSEXEC& exec) {
-  const auto* const value = dynamic_cast<const ORVANE::MSSINTEGER*>(exec.Result());
+std::int32_t Guide::IntegerOf(const ORVANE::CALL& call) {
+  const auto* const value = dynamic_cast<const ORVANE::MSSINTEGER*>(call.Result());
   return value != nullptr ? value->value : 0;
 }
 
-std::string Guide::TextOf(const ORVANE::MSSEXEC& exec) {
-  const auto* const value = dynamic_cast<const ORVANE::MSSSTRING*>(exec.Result());
-  return value != nullptr ? std::string(value->value.View()) : "";
+std::string Guide::TextOf(const ORVANE::CALL& call) {
+  const auto* const value = dynamic_cast<const ORVANE::MSSSTRING*>(call.Result());
+  return value != nullptr ? std::string(ViewOf(value->value)) : "";
 }
 
 }  // namespace shell

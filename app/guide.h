@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "app/session.h"
-#include "host/script.h"
+#include "host/engine.h"
 
 namespace shell {
 
@@ -51,30 +51,30 @@ class Guide {
 
  private:
   template <typename... Arguments>
-  ORVANE::MSSEXEC& Call(ORVANE::MSSEXEC& exec, const char* method, Arguments... arguments) {
-    (exec.AddArgument(arguments), ...);
-    Run(exec, method);
-    return exec;
+  ORVANE::CALL& Call(ORVANE::CALL& call, const char* method, Arguments... arguments) {
+    (call.AddArgument(arguments), ...);
+    Run(call, method);
+    return call;
   }
   template <typename... Arguments>
   void Call(const char* method, Arguments... arguments) {
-    ORVANE::MSSEXEC exec(&session_.Instance(), method);
-    Call(exec, method, arguments...);
+    ORVANE::CALL call(&session_.Instance(), method);
+    Call(call, method, arguments...);
   }
   template <typename... Arguments>
   std::int32_t Integer(const char* method, Arguments... arguments) {
-    ORVANE::MSSEXEC exec(&session_.Instance(), method);
-    return IntegerOf(Call(exec, method, arguments...));
+    ORVANE::CALL call(&session_.Instance(), method);
+    return IntegerOf(Call(call, method, arguments...));
   }
   template <typename... Arguments>
   std::string Text(const char* method, Arguments... arguments) {
-    ORVANE::MSSEXEC exec(&session_.Instance(), method);
-    return TextOf(Call(exec, method, arguments...));
+    ORVANE::CALL call(&session_.Instance(), method);
+    return TextOf(Call(call, method, arguments...));
   }
 
-  static void Run(ORVANE::MSSEXEC& exec, const char* method);
-  static std::int32_t IntegerOf(const ORVANE::MSSEXEC& exec);
-  static std::string TextOf(const ORVANE::MSSEXEC& exec);
+  static void Run(ORVANE::CALL& call, const char* method);
+  static std::int32_t IntegerOf(const ORVANE::CALL& call);
+  static std::string TextOf(const ORVANE::CALL& call);
 
   Session& session_;
 };

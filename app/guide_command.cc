@@ -151,13 +151,13 @@ std::string Reason(const std::string& logged) {
 class LastWords {
  public:
   LastWords() {
-    ORVANE::MLog.SetSink([this](ORVANE::MLOG::TYPE type, std::string_view text) {
-      if (type == ORVANE::MLOG::UNTYPED || type == ORVANE::MLOG::ERROR) text_ = text;
+    ORVANE::SetLogSink([this](ORVANE::ENTRY type, std::string_view text) {
+      if (type == ORVANE::ENTRY::Untyped || type == ORVANE::ENTRY::Error) text_ = text;
     });
   }
   LastWords(const LastWords&) = delete;
   LastWords& operator=(const LastWords&) = delete;
-  ~LastWords() { ORVANE::MLog.SetSink({}); }
+  ~LastWords() { ORVANE::SetLogSink({}); }
 
   // REQUIRES: no load runs.
   const std::string& Text() const { return text_; }

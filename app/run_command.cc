@@ -12,6 +12,7 @@
 #include "app/script.h"
 #include "app/session.h"
 #include "host/engine.h"
+#include "text/counted_text.h"
 
 namespace shell {
 
@@ -44,18 +45,18 @@ std::string ResultText(const ORVANE::MSSINSTANCE* result) {
     return std::to_string(integer->value);
   }
   if (const auto* const text = dynamic_cast<const ORVANE::MSSSTRING*>(result)) {
-    return Quoted(text->value.View());
+    return Quoted(ViewOf(text->value));
   }
   return "ok";
 }
 
 // Runs one call and prints its line at once, so that it stands before what the next call logs.
 bool RunCall(Session& session, const Call& call, const std::string& place) {
-  ORVANE::MSSEXEC exec(&session.Instance(), place);
+  ORVANE::CALL exec(&session.Instance(), place);
   for (const Argument& argument : call.arguments) {
     std::visit([&exec](const auto& value) { exec.AddArgument(value); }, argument);
   }
-  const bool done = ORVANE::CallMethod(exec, call.method.c_str());
+  const bool done = exec.Run(call.method.c_str());
   const std::string line = (done ? ResultText(exec.Result()) : "failed") + '\n';
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fflush(stdout);

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "host/mlog.h"
+#include "host/engine.h"
 
 namespace shell {
 
@@ -29,11 +29,11 @@ Session::~Session() {
 }
 
 void LogToStandardError() {
-  ORVANE::MLog.SetSink([](ORVANE::MLOG::TYPE type, std::string_view text) {
-    const char* const prefix = type == ORVANE::MLOG::NOTICE   ? "notice: "
-                               : type == ORVANE::MLOG::ERROR  ? "error: "
-                               : type == ORVANE::MLOG::CALLER ? "  at "
-                                                              : "log: ";
+  ORVANE::SetLogSink([](ORVANE::ENTRY type, std::string_view text) {
+    const char* const prefix = type == ORVANE::ENTRY::Notice   ? "notice: "
+                               : type == ORVANE::ENTRY::Error  ? "error: "
+                               : type == ORVANE::ENTRY::Caller ? "  at "
+                                                               : "log: ";
     std::string entry = prefix;
     for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
       entry.append(text, 0, end + 1).append("  ");

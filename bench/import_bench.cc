@@ -34,7 +34,7 @@ void SetRates(benchmark::State& state, Format format) {
 void FloorReadBlocks(benchmark::State& state) {
   std::vector<char> block(64 * 1024);
   MSTRM stream;
-  stream.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  stream.Open(MSTR(FileOf(Format::kXMLTV).c_str()), true, false, true);
   for (auto _ : state) {
     stream.Seek(0, MBUFFER::SEEK::Start);
     while (stream.Read(block.data(), static_cast<int>(block.size())) > 0) {
@@ -47,7 +47,7 @@ BENCHMARK(FloorReadBlocks)->Unit(benchmark::kMillisecond);
 
 void FloorVirtualByte(benchmark::State& state) {
   MSTRM stream;
-  stream.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  stream.Open(MSTR(FileOf(Format::kXMLTV).c_str()), true, false, true);
   MBUFFER* hidden = &stream;
   benchmark::DoNotOptimize(hidden);  // or the call would be resolved
   for (auto _ : state) {
@@ -63,7 +63,7 @@ BENCHMARK(FloorVirtualByte)->Unit(benchmark::kMillisecond);
 // The reader alone: every element read into a node and freed again.
 void ReadElements(benchmark::State& state) {
   CSimpleXMLReader reader;
-  reader.Open(MSTR(FileOf(Format::kXMLTV)), true, false, true);
+  reader.Open(MSTR(FileOf(Format::kXMLTV).c_str()), true, false, true);
   for (auto _ : state) {
     CSafeNode root;
     CSafeNode node;
@@ -82,7 +82,7 @@ BENCHMARK(ReadElements)->Unit(benchmark::kMillisecond);
 
 void LoadDocument(benchmark::State& state) {
   MXML document;
-  for (auto _ : state) document.Load(MSTR(FileOf(Format::kTitanTV)));
+  for (auto _ : state) document.Load(MSTR(FileOf(Format::kTitanTV).c_str()));
   SetRates(state, Format::kTitanTV);
 }
 BENCHMARK(LoadDocument)->Unit(benchmark::kMillisecond);

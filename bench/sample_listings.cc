@@ -265,8 +265,8 @@ const std::string& ListingsFile() {
 
 std::shared_ptr<CProviderData> Import(const std::string& path) {
   ORVANE::MSTR status;
-  auto store = ImportEPGFile(ORVANE::MSTR(path), status, nullptr);
-  if (store == nullptr) throw std::runtime_error(path + ": " + status.Text());
+  auto store = ImportEPGFile(ORVANE::MSTR(path.c_str()), status, nullptr);
+  if (store == nullptr) throw std::runtime_error(path + ": " + status.text);
   return store;
 }
 

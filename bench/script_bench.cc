@@ -34,9 +34,9 @@ class Guide {
   // A call as a script makes it: arguments, look-up by name, result.
   template <typename... Arguments>
   void Call(const char* method, const Arguments&... arguments) {
-    ORVANE::MSSEXEC call(instance_.get(), "bench:1");
+    ORVANE::CALL call(instance_.get(), "bench:1");
     (call.AddArgument(arguments), ...);
-    if (!ORVANE::CallMethod(call, method)) throw std::runtime_error(method);
+    if (!call.Run(method)) throw std::runtime_error(method);
     benchmark::DoNotOptimize(call.Result());
   }
 

@@ -24,7 +24,7 @@ bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, co
   std::shared_ptr<CEPGLoaderThread> loader;
   try {
     MSTR file_name;
-    file_name.Format("%s.xml", name.Text());
+    file_name.Format("%s.xml", name.text);
     loader = std::make_shared<CEPGLoaderThread>(*this, file_name);
   } catch (const std::bad_alloc&) {  // without a loader, nothing is started
   }
@@ -67,6 +67,5 @@ void CEPGBrowser::FinishLoad(std::shared_ptr<CEPGLoaderThread> ended) {
   const MSTR text = ended->TakeStatusText();
   ended.reset();
   if (Schedule() != nullptr) return;
-  platform::MessageBoxA(text.Text(), "Telvyn configuration error",
-                        platform::kMessageBoxInformation);
+  platform::MessageBoxA(text.text, "Telvyn configuration error", platform::kMessageBoxInformation);
 }

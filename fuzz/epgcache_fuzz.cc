@@ -9,6 +9,7 @@
 
 #include "fuzz/fuzz_support.h"
 #include "import/import_driver.h"
+#include "text/counted_text.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/cache_writer.h"
 #include "tools/epgcache/failure.h"
@@ -73,7 +74,7 @@ void CheckTheCheck(const std::string& name, std::string_view bytes) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string input(fuzz::MemoryFile(fuzz::View(data, size)).View());
+  const std::string input(ViewOf(fuzz::MemoryFile(fuzz::View(data, size))));
   if (size != 0) CheckTheCheck(input, fuzz::View(data, size));
   // One byte of the input chooses how.
   const bool windows = size != 0 && (data[size - 1] & 1) != 0;

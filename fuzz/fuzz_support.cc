@@ -14,7 +14,7 @@ ORVANE::MSTR MemoryFile(std::string_view content) {
                                          static_cast<ssize_t>(content.size()),
         "a file in memory can be written");
   static const std::string name = "/proc/self/fd/" + std::to_string(file);
-  return std::string_view(name);
+  return name.c_str();
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "fuzz/fuzz_support.h"
+#include "text/counted_text.h"
 #include "text/entities.h"
 #include "xml/simple_xml_reader.h"
 
@@ -21,11 +22,11 @@ std::string ReadUnit(CSimpleXMLReader& reader, CSafeNode& node) {
   bool open = false;
   bool end_tag = false;
   const bool result = reader.ReadElement(node, open, end_tag);
-  std::string unit = Marks(result, open, end_tag).append(node.name.View());
+  std::string unit = Marks(result, open, end_tag).append(ViewOf(node.name));
   for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
-    unit.append("@").append(each->name.View()).append(":").append(each->value.View());
+    unit.append("@").append(ViewOf(each->name)).append(":").append(ViewOf(each->value));
   }
-  if (!node.value.IsEmpty()) unit.append("{").append(node.value.View()).append("}");
+  if (node.value.length != 0) unit.append("{").append(ViewOf(node.value)).append("}");
   return unit;
 }
 
@@ -121,7 +122,7 @@ void ReadTree(CSimpleXMLReader& reader) {
   ORVANE::MSTR error;
   if (!reader.ReadRoot(root)) return;
   const bool whole = reader.ReadChildren(root, error);
-  fuzz::Check(whole == error.IsEmpty(), "a failure has a reason");
+  fuzz::Check(whole == (error.length == 0), "a failure has a reason");
 }
 
 // A text, escaped and read again, is itself.
@@ -133,7 +134,7 @@ void CheckEscape(std::string_view text) {
   bool open = false;
   bool end_tag = false;
   fuzz::Check(reader.ReadElement(node, open, end_tag) && !open, "an escaped text is an element's");
-  fuzz::Check(node.value == text, "an escaped text is read as itself");
+  fuzz::Check(ViewOf(node.value) == text, "an escaped text is read as itself");
 }
 
 }  // namespace

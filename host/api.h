@@ -16,8 +16,6 @@
 // (counted from 1, `this` included).
 #define ORVANE_PRINTF(format_index, first_argument) \
   __attribute__((format(printf, format_index, first_argument)))
-#define ORVANE_COLD __attribute__((noinline, cold))
 #else
 #define ORVANE_PRINTF(format_index, first_argument)
-#define ORVANE_COLD
 #endif

@@ -1,6 +1,19 @@
 #include "host/entity.h"
 
+#include <atomic>
+
 namespace ORVANE {
+
+// Outlives the object for as long as somebody refers to it.
+struct MMONOBJ::MONITOR {
+  std::atomic<int> references = 1;
+  std::atomic<MMONOBJ*> object = nullptr;
+
+  void Drop() {
+    const int before = references.fetch_sub(1, std::memory_order_acq_rel);
+    if (before == 1) delete this;
+  }
+};
 
 MMONOBJ::MMONOBJ() : monitor_(new MONITOR) { monitor_->object = this; }
 
@@ -9,9 +22,9 @@ MMONOBJ::~MMONOBJ() {
   monitor_->Drop();
 }
 
-void MMONOBJ::MONITOR::Drop() {
-  if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
-}
+MMONOBJPNT::MMONOBJPNT() : monitor_(nullptr) {}
+MMONOBJPNT::MMONOBJPNT(const MMONOBJPNT& other) : MMONOBJPNT() { *this = other; }
+MMONOBJPNT::~MMONOBJPNT() { SubRef(); }
 
 MMONOBJPNT& MMONOBJPNT::operator=(const MMONOBJPNT& other) {
   if (this == &other) return *this;
@@ -35,10 +48,15 @@ void MMONOBJPNT::SubRef() {
 
 void MMONOBJPNT::Set(MMONOBJ* object) { monitor_ = object != nullptr ? object->monitor_ : nullptr; }
 
+MGDNODE::MGDNODE() = default;
+MGDNODE::~MGDNODE() = default;
 bool MGDNODE::Read(MBUFFER& buffer) { return MMONOBJ::Read(buffer); }
 bool MGDNODE::Write(MBUFFER& buffer) const { return MMONOBJ::Write(buffer); }
 void MGDNODE::MarkChanged() {}
 void MGDNODE::MarkMoved() {}
+
+ENTITY::CREATEPARAMS::CREATEPARAMS() = default;
+ENTITY::CREATEPARAMS::~CREATEPARAMS() = default;
 
 bool ENTITY::CREATEPARAMS::MakeParams(const MXML::NODE& node) {
   name = node.GetAttribute("name");
@@ -51,12 +69,16 @@ ENTITY::MSS::MODULE entity_module;
 MREFOBJREF ENTITY::MSS::MODULE::_Module(&entity_module);
 
 ENTITY::MSS::MODULE::MODULE() { SetName("ENTITY"); }
+ENTITY::MSS::MODULE::~MODULE() = default;
 
 MSSINSTANCE* ENTITY::MSS::MODULE::CreateInstance() {
   auto* const instance = new MSS;
   instance->SetModule(this);
   return instance;
 }
+
+ENTITY::MSS::MSS() = default;
+ENTITY::MSS::~MSS() = default;
 
 bool ENTITY::MSS::Copy(const MSSINSTANCE* other) {
   const auto* const bound = dynamic_cast<const MSS*>(other);
@@ -72,6 +94,8 @@ int ENTITY::MSS::Compare(const MSSINSTANCE* other) const {
 
 bool ENTITY::MSS::IsNull() const { return entity.Get() == nullptr; }
 
+ENTITY::ENTITY() = default;
+ENTITY::~ENTITY() = default;
 void ENTITY::Refresh() {}
 bool ENTITY::Copy(const ENTITY* /*other*/) { return false; }
 int ENTITY::FindAnim(const char* /*name*/) const { return -1; }

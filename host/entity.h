@@ -4,7 +4,6 @@
 //   thread, each single one by one thread at a time.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "host/api.h"
@@ -22,13 +21,9 @@ class ORVANE_API MMONOBJ : public MOBJ {
 
  private:
   friend class MMONOBJPNT;
-  // Outlives the object for as long as somebody refers to it.
-  struct MONITOR {
-    std::atomic<int> references = 1;
-    std::atomic<MMONOBJ*> object = nullptr;
-    void Drop();
-  };
-  MONITOR* monitor_;  // Owned together with every reference to it.
+  struct MONITOR;
+
+  MONITOR* const monitor_;  // Owned, together with every reference to it.
 };
 
 // A reference that reads null when it refers to nothing, or to an object that is gone.
@@ -36,10 +31,11 @@ class ORVANE_API MMONOBJ : public MOBJ {
 // To point it elsewhere by hand: SubRef, Set, AddRef.
 class ORVANE_API MMONOBJPNT {
  public:
-  MMONOBJPNT() = default;
-  MMONOBJPNT(const MMONOBJPNT& other) { *this = other; }
+  // Refers to nothing.
+  MMONOBJPNT();
+  MMONOBJPNT(const MMONOBJPNT& other);
   MMONOBJPNT& operator=(const MMONOBJPNT& other);
-  ~MMONOBJPNT() { SubRef(); }
+  ~MMONOBJPNT();
 
   MMONOBJ* Get() const;
   // Takes or drops this reference's share in what it points to.
@@ -49,12 +45,15 @@ class ORVANE_API MMONOBJPNT {
   void Set(MMONOBJ* object);
 
  private:
-  MMONOBJ::MONITOR* monitor_ = nullptr;
+  MMONOBJ::MONITOR* monitor_;
 };
 
 // A node of the scene graph.
 class ORVANE_API MGDNODE : public MMONOBJ {
  public:
+  MGDNODE();
+  ~MGDNODE() override;
+
   bool Read(MBUFFER& buffer) override;
   bool Write(MBUFFER& buffer) const override;
   virtual void MarkChanged();
@@ -63,9 +62,15 @@ class ORVANE_API MGDNODE : public MMONOBJ {
 
 class ORVANE_API ENTITY : public MGDNODE {
  public:
+  ENTITY();
+  ~ENTITY() override;
+
   // What an entity is created from.
   class ORVANE_API CREATEPARAMS : public MOBJ {
    public:
+    CREATEPARAMS();
+    ~CREATEPARAMS() override;
+
     // Reads the entity's name from the attribute `name`.
     virtual bool MakeParams(const MXML::NODE& node);
     MSTR name;
@@ -78,9 +83,13 @@ class ORVANE_API ENTITY : public MGDNODE {
     class ORVANE_API MODULE : public MSSMODULE {
      public:
       MODULE();
+      ~MODULE() override;
       MSSINSTANCE* CreateInstance() override;
       static MREFOBJREF _Module;
     };
+
+    MSS();
+    ~MSS() override;
 
     // Copies the binding; false when `other` is no entity instance.
     bool Copy(const MSSINSTANCE* other) override;

@@ -1,21 +1,24 @@
 #include "host/mlog.h"
 
 #include <chrono>
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <system_error>
 #include <utility>
 
-#include "host/mstr.h"
+#include "host/internal/background_log.h"
+#include "host/internal/texts.h"
 
 namespace ORVANE {
 
 namespace {
 
 // Of this thread; null where entries are passed on at once.
-thread_local MLOG::BACKGROUND* background = nullptr;
+thread_local BACKGROUNDLOG* background = nullptr;
 
 // Few entries are not worth a thread.
 constexpr int kEntriesAtOnce = 64;
@@ -26,29 +29,25 @@ constexpr std::chrono::milliseconds kLongestWait(5);
 // As many bytes may wait; then whoever logs waits for the sink.
 constexpr std::size_t kMostWaiting = std::size_t{256} << 10;
 
-struct ENTRY {
-  MLOG::TYPE type;
+struct HEADER {
+  ENTRY entry;
   std::uint32_t length;
 };
 
-}  // namespace
+std::mutex sink_mutex;  // guards the sink
+SINK sink;
 
-MLOG MLog;
-
-MLOG::MLOG() = default;
-MLOG::~MLOG() = default;
-
-void MLOG::SetSink(SINK sink) {
-  const std::lock_guard lock(mutex_);
-  sink_ = std::move(sink);
+void Pass(ENTRY entry, std::string_view text) {
+  const std::lock_guard lock(sink_mutex);
+  if (sink) sink(entry, text);
 }
 
-void MLOG::Pass(TYPE type, std::string_view text) {
-  const std::lock_guard lock(mutex_);
-  if (sink_) sink_(type, text);
+void Write(ENTRY entry, std::string_view text) {
+  if (background == nullptr || !background->Defer(entry, text)) Pass(entry, text);
 }
 
-void MLOG::Write(TYPE type, const char* format, std::va_list arguments) {
+void Write(ENTRY entry, const char* format, std::va_list arguments) ORVANE_PRINTF(2, 0);
+void Write(ENTRY entry, const char* format, std::va_list arguments) {
   try {
     char small[256];
     MSTR large;
@@ -57,30 +56,45 @@ void MLOG::Write(TYPE type, const char* format, std::va_list arguments) {
     const int length = std::vsnprintf(small, sizeof small, format, measured);
     va_end(measured);
     const auto size = static_cast<std::size_t>(length);
-    if (length < 0 || size >= sizeof small) large.FormatList(format, arguments);
-    const std::string_view text = large.IsEmpty() ? std::string_view(small, size) : large.View();
-    if (background == nullptr || !background->Take(type, text)) Pass(type, text);
+    if (length < 0 || size >= sizeof small) TEXTS::Format(large, format, arguments);
+    Write(entry, large.length == 0 ? std::string_view(small, size) : TEXTS::View(large));
   } catch (const std::bad_alloc&) {  // a lost entry must not break what it was about
   }
+}
+
+}  // namespace
+
+MLOG MLog;
+
+void SetLogSink(SINK replacement) {
+  const std::lock_guard lock(sink_mutex);
+  sink = std::move(replacement);
 }
 
 void MLOG::Log(TYPE type, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  Write(type, format, arguments);
+  Write(static_cast<ENTRY>(type), format, arguments);
   va_end(arguments);
 }
 
 void MLOG::Log(const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  Write(UNTYPED, format, arguments);
+  Write(ENTRY::Untyped, format, arguments);
   va_end(arguments);
 }
 
-MLOG::BACKGROUND::BACKGROUND() { background = this; }
+void LogCaller(std::string_view place) {
+  try {
+    Write(ENTRY::Caller, place);
+  } catch (const std::bad_alloc&) {
+  }
+}
 
-MLOG::BACKGROUND::~BACKGROUND() {
+BACKGROUNDLOG::BACKGROUNDLOG() { background = this; }
+
+BACKGROUNDLOG::~BACKGROUNDLOG() {
   background = nullptr;
   if (!writer_.joinable()) return;
   {
@@ -91,30 +105,30 @@ MLOG::BACKGROUND::~BACKGROUND() {
   writer_.join();
 }
 
-bool MLOG::BACKGROUND::Take(TYPE type, std::string_view text) {
+bool BACKGROUNDLOG::Defer(ENTRY entry, std::string_view text) {
   if (!writer_.joinable()) {
     if (++entries_ <= kEntriesAtOnce) return false;
     try {
-      writer_ = std::thread(&BACKGROUND::PassOn, this);
+      writer_ = std::thread(&BACKGROUNDLOG::PassOn, this);
     } catch (const std::system_error&) {  // then it goes on as before
       entries_ = 0;
       return false;
     }
   }
-  const ENTRY entry = {type, static_cast<std::uint32_t>(text.size())};
+  const HEADER header = {entry, static_cast<std::uint32_t>(text.size())};
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return waiting_.size() < kMostWaiting; });
   const std::size_t begin = waiting_.size();
-  waiting_.resize(begin + sizeof entry + text.size());
-  std::memcpy(&waiting_[begin], &entry, sizeof entry);
-  text.copy(&waiting_[begin + sizeof entry], text.size());
+  waiting_.resize(begin + sizeof header + text.size());
+  std::memcpy(&waiting_[begin], &header, sizeof header);
+  text.copy(&waiting_[begin + sizeof header], text.size());
   const bool wake = begin < kWorthWaking && waiting_.size() >= kWorthWaking;
   lock.unlock();
   if (wake) changed_.notify_all();
   return true;
 }
 
-void MLOG::BACKGROUND::PassOn() {
+void BACKGROUNDLOG::PassOn() {
   std::string taken;
   for (;;) {
     {
@@ -127,13 +141,13 @@ void MLOG::BACKGROUND::PassOn() {
       taken.swap(waiting_);
     }
     for (std::string_view rest = taken; !rest.empty();) {
-      ENTRY entry = {};
-      std::memcpy(&entry, rest.data(), sizeof entry);
+      HEADER header = {};
+      std::memcpy(&header, rest.data(), sizeof header);
       try {
-        MLog.Pass(entry.type, rest.substr(sizeof entry, entry.length));
+        Pass(header.entry, rest.substr(sizeof header, header.length));
       } catch (const std::exception&) {  // nobody is left to tell; the next entry may do better
       }
-      rest.remove_prefix(sizeof entry + entry.length);
+      rest.remove_prefix(sizeof header + header.length);
     }
   }
 }

@@ -12,8 +12,9 @@ class MBUFFER;
 class ORVANE_API MOBJ {
  public:
   // A class name with a factory that returns a new object, owned by the caller and given back
-  // through its Release. A record enters the engine's registry when it is built and leaves it when
-  // it is destroyed; where two bear one name, the later one is found. `class_name` must outlive it.
+  // through its Release, or null. A record enters the engine's registry when it is built and leaves
+  // it when it is destroyed; where two bear one name, the later one is found. `class_name` must
+  // outlive it. [any]
   class ORVANE_API SREC {
    public:
     using FACTORY = MOBJ* (*)();
@@ -23,23 +24,18 @@ class ORVANE_API MOBJ {
     SREC& operator=(const SREC&) = delete;
     ~SREC();
 
-    const char* ClassName() const { return class_name_; }
-    // Null when the factory has nothing to give.
-    MOBJ* Create() const { return factory_(); }
-
-    // Null when no class of that name is known.
-    static const SREC* Find(const char* class_name);
-
    private:
+    friend struct CLASSES;
+
     const char* const class_name_;
     const FACTORY factory_;
-    mutable const SREC* next_ = nullptr;  // in the registry, whose lock guards it
+    mutable const SREC* next_;  // in the registry, whose lock guards it
   };
 
-  MOBJ() = default;
+  MOBJ();
   MOBJ(const MOBJ&) = delete;
   MOBJ& operator=(const MOBJ&) = delete;
-  virtual ~MOBJ() = default;
+  virtual ~MOBJ();
 
   // The record of the object's class; null for a class that is not creatable by name.
   virtual const SREC* _GetSerializeRecord() const;

@@ -13,33 +13,32 @@ namespace ORVANE {
 
 class ORVANE_API MREFOBJ : public MOBJ {
  public:
-  void AddRef() { references_.fetch_add(1, std::memory_order_relaxed); }
-  void SubRef() { references_.fetch_sub(1, std::memory_order_acq_rel); }
-  int RefCount() const { return references_.load(std::memory_order_acquire); }
+  MREFOBJ();
+  ~MREFOBJ() override;
+
+  void AddRef();         // [any]
+  void SubRef();         // [any]
+  int RefCount() const;  // [any]
 
  private:
-  std::atomic<int> references_ = 0;
+  std::atomic<int> references_;
 };
 
 class ORVANE_API MREFOBJREF {
  public:
-  MREFOBJREF() = default;
-  explicit MREFOBJREF(MREFOBJ* object) { *this = object; }
-  MREFOBJREF(const MREFOBJREF& other) { *this = other.object_; }
-  ~MREFOBJREF() { *this = nullptr; }
+  // Refers to nothing.
+  MREFOBJREF();
+  explicit MREFOBJREF(MREFOBJ* object);
+  MREFOBJREF(const MREFOBJREF& other);
+  ~MREFOBJREF();
 
-  MREFOBJREF& operator=(MREFOBJ* object) {
-    if (object != nullptr) object->AddRef();
-    if (object_ != nullptr) object_->SubRef();
-    object_ = object;
-    return *this;
-  }
-  MREFOBJREF& operator=(const MREFOBJREF& other) { return *this = other.object_; }
+  MREFOBJREF& operator=(MREFOBJ* object);
+  MREFOBJREF& operator=(const MREFOBJREF& other);
 
-  MREFOBJ* Get() const { return object_; }
+  MREFOBJ* Get() const;
 
  private:
-  MREFOBJ* object_ = nullptr;
+  MREFOBJ* object_;
 };
 
 }  // namespace ORVANE

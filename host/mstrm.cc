@@ -1,29 +1,36 @@
 #include "host/mstrm.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
+#include <cstring>
 #include <new>
+
+#include "host/internal/system.h"
 
 namespace ORVANE {
 
 namespace {
 constexpr int kFileWindow = 64 * 1024;
-}
+// So many bytes before the window's fresh part stay in it: a reader that steps back a little never
+// reads its medium again.
+constexpr int kLookBack = 16;
+}  // namespace
+
+MBUFFER::MBUFFER()
+    : window_(nullptr), size_(0), next_(nullptr), limit_(nullptr), limit_position_(0) {}
+
+MBUFFER::~MBUFFER() { delete[] window_; }
 
 bool MBUFFER::Open(int size) {
-  window_.reset(size > kLookBack ? new (std::nothrow) char8_t[static_cast<std::size_t>(size)]
-                                 : nullptr);
-  size_ = window_ != nullptr ? size : 0;
+  MBUFFER::Close();
+  if (size > kLookBack) window_ = new (std::nothrow) char[static_cast<std::size_t>(size)];
+  if (window_ != nullptr) size_ = size;
   Forget(0);
   return window_ != nullptr;
 }
 
 void MBUFFER::Close() {
-  window_.reset();
+  delete[] window_;
+  window_ = nullptr;
   size_ = 0;
   Forget(0);
 }
@@ -31,24 +38,23 @@ void MBUFFER::Close() {
 bool MBUFFER::Flush() { return true; }
 
 void MBUFFER::Forget(std::int64_t position) {
-  first_ = next_ = limit_ = window_.get();
+  next_ = limit_ = window_;
   limit_position_ = position;
 }
 
 bool MBUFFER::Refill() {
   if (window_ == nullptr) return false;
-  const int kept = static_cast<int>(std::min<std::ptrdiff_t>(kLookBack, limit_ - first_));
-  char8_t* const fresh = window_.get() + kLookBack;
-  if (kept > 0) std::memmove(fresh - kept, limit_ - kept, static_cast<std::size_t>(kept));
-  const int count = std::max(0, ReadDirect(fresh, size_ - kLookBack));
-  first_ = fresh - kept;
+  const int kept = static_cast<int>(std::min<std::ptrdiff_t>(kLookBack, limit_ - window_));
+  if (kept > 0) std::memmove(window_, limit_ - kept, static_cast<std::size_t>(kept));
+  char* const fresh = window_ + kept;
+  const int count = ReadDirect(fresh, size_ - kept);
   next_ = fresh;
   limit_ = fresh + count;
   limit_position_ += count;
   return count > 0;
 }
 
-int MBUFFER::ReadAcross(void* buffer, int count) {
+int MBUFFER::Read(void* buffer, int count) {
   int done = 0;
   while (done < count && (next_ != limit_ || Refill())) {
     const int part = static_cast<int>(std::min<std::ptrdiff_t>(count - done, limit_ - next_));
@@ -76,7 +82,7 @@ std::uint32_t MBUFFER::ReadSquishedDword() {
 }
 
 bool MBUFFER::ReadUntil(char end, MSTR& text) {
-  text = MSTR();
+  text = "";
   int byte = ReadByte();
   const bool any = byte >= 0;
   for (; byte >= 0 && static_cast<char>(byte) != end; byte = ReadByte()) {
@@ -92,7 +98,7 @@ int MBUFFER::Write(const void* buffer, int count) { return WriteDirect(buffer, c
 
 bool MBUFFER::Seek(std::int64_t offset, SEEK from) {
   const std::int64_t target = from == SEEK::Start ? offset : Position() + offset;
-  const std::int64_t held = limit_position_ - (limit_ - first_);
+  const std::int64_t held = limit_position_ - (limit_ - window_);
   if (from != SEEK::End && target >= held && target <= limit_position_ && window_ != nullptr) {
     next_ = limit_ - (limit_position_ - target);
     return true;
@@ -110,14 +116,17 @@ int MBUFFER::ReadDirect(void* /*buffer*/, int /*count*/) { return 0; }
 int MBUFFER::WriteDirect(const void* /*buffer*/, int /*count*/) { return 0; }
 std::int64_t MBUFFER::SeekDirect(std::int64_t /*offset*/, SEEK /*from*/) { return -1; }
 
+std::int64_t MBUFFER::Position() const { return limit_position_ - (limit_ - next_); }
+
+MSTRM::MSTRM() : file_(SYSTEM::kNoFile) {}
+
+MSTRM::~MSTRM() { MSTRM::Close(); }
+
 bool MSTRM::Open(const MSTR& name, bool read, bool write, bool existing) {
   Close();
   if (!read || write || !existing) return false;
-  // Without O_NONBLOCK the open itself would wait for a pipe's writer.
-  file_ = ::open(name.Text(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file_ < 0) return false;
-  struct stat status = {};
-  if (::fstat(file_, &status) != 0 || !S_ISREG(status.st_mode) || !Open(kFileWindow)) {
+  file_ = SYSTEM::OpenFile(name.text);
+  if (file_ == SYSTEM::kNoFile || !Open(kFileWindow)) {
     Close();
     return false;
   }
@@ -127,22 +136,18 @@ bool MSTRM::Open(const MSTR& name, bool read, bool write, bool existing) {
 
 void MSTRM::Close() {
   MBUFFER::Close();
-  if (file_ >= 0) ::close(file_);
-  file_ = -1;
-  name_ = MSTR();
+  if (file_ != SYSTEM::kNoFile) SYSTEM::CloseFile(file_);
+  file_ = SYSTEM::kNoFile;
+  name_ = "";
 }
 
-int MSTRM::ReadDirect(void* buffer, int count) {
-  ssize_t result = 0;
-  do {
-    result = ::read(file_, buffer, static_cast<std::size_t>(count));
-  } while (result < 0 && errno == EINTR);
-  return static_cast<int>(result);
-}
+const char* MSTRM::GetName() const { return name_.text; }
+
+int MSTRM::ReadDirect(void* buffer, int count) { return SYSTEM::ReadFile(file_, buffer, count); }
 
 std::int64_t MSTRM::SeekDirect(std::int64_t offset, SEEK from) {
-  const int whence = from == SEEK::End ? SEEK_END : from == SEEK::Current ? SEEK_CUR : SEEK_SET;
-  return ::lseek(file_, offset, whence);
+  return SYSTEM::SeekFile(file_, offset,
+                          from == SEEK::End ? SYSTEM::ORIGIN::End : SYSTEM::ORIGIN::Start);
 }
 
 }  // namespace ORVANE

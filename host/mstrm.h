@@ -8,8 +8,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
-#include <memory>
 
 #include "host/api.h"
 #include "host/mstr.h"
@@ -20,7 +18,7 @@ class ORVANE_API MBUFFER {
  public:
   enum class SEEK { Start = 0, Current = 1, End = 2 };
 
-  MBUFFER() = default;
+  MBUFFER();
   MBUFFER(const MBUFFER&) = delete;
   MBUFFER& operator=(const MBUFFER&) = delete;
 
@@ -30,25 +28,7 @@ class ORVANE_API MBUFFER {
   virtual bool Flush();
 
   // Gives the bytes read: `count` unless the stream ends first, 0 at its end.
-  //
-  // Readers ask for one byte at a time, so the path through the window stands here, where a
-  // caller that knows the final class has it inlined.
-  virtual int Read(void* buffer, int count) {
-    if (count == 1 && next_ != limit_) [[likely]] {
-      *static_cast<char*>(buffer) = static_cast<char>(*next_++);
-      return 1;
-    }
-    return ReadAcross(buffer, count);
-  }
-
-  // Whether the window holds the next byte. Where this is true, a compiler that inlines `Read` of
-  // one byte leaves out all but the window's path.
-  bool HasByte() const { return next_ != limit_; }
-
-  // Where in the window the next byte stands. What is read between two calls stands between what
-  // they gave, as long as the window had every byte of it.
-  const char* Cursor() const { return reinterpret_cast<const char*>(next_); }
-
+  virtual int Read(void* buffer, int count);
   // The next byte, or -1 at the end.
   virtual int ReadByte();
   // An unsigned number in groups of seven bits, lowest first; the top bit says that more follow.
@@ -67,35 +47,28 @@ class ORVANE_API MBUFFER {
   virtual std::int64_t SeekDirect(std::int64_t offset, SEEK from);
 
   // Where the next byte is read, from the start; after a seek to the end the stream's length.
-  std::int64_t Position() const { return limit_position_ - (limit_ - next_); }
+  std::int64_t Position() const;
 
  protected:
-  ~MBUFFER() = default;
+  ~MBUFFER();
 
  private:
-  // So many bytes before the window's fresh part stay in it: a reader that steps back a little
-  // never reads its medium again.
-  static constexpr int kLookBack = 16;
-
-  ORVANE_COLD int ReadAcross(void* buffer, int count);
   bool Refill();
   bool ReadUntil(char end, MSTR& text);
   void Forget(std::int64_t position);
 
-  // Of a byte type that is no part of any other object, so that a reader's loop over the bytes can
-  // keep `next_` in a register.
-  std::unique_ptr<char8_t[]> window_;
-  int size_ = 0;
-  const char8_t* next_ = nullptr;    // the next byte to read
-  const char8_t* limit_ = nullptr;   // behind the last byte held
-  const char8_t* first_ = nullptr;   // the first byte held
-  std::int64_t limit_position_ = 0;  // the medium's offset at `limit_`
+  char* window_;                 // Owned.
+  int size_;                     // of the window
+  const char* next_;             // the next byte to read
+  const char* limit_;            // behind the last byte held
+  std::int64_t limit_position_;  // the medium's offset at `limit_`
 };
 
 class ORVANE_API MSTRM : public MBUFFER {
  public:
-  MSTRM() = default;
-  ~MSTRM() { MSTRM::Close(); }
+  // Closed.
+  MSTRM();
+  ~MSTRM();
 
   using MBUFFER::Open;
 
@@ -105,13 +78,13 @@ class ORVANE_API MSTRM : public MBUFFER {
   bool Open(const MSTR& name, bool read, bool write, bool existing);
 
   void Close() override;
-  const char* GetName() const override { return name_.Text(); }
+  const char* GetName() const override;
   int ReadDirect(void* buffer, int count) override;
   std::int64_t SeekDirect(std::int64_t offset, SEEK from) override;
 
  private:
   MSTR name_;
-  int file_ = -1;  // Owned.
+  std::intptr_t file_;  // Owned. The system's handle, or -1.
 };
 
 }  // namespace ORVANE

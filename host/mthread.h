@@ -1,55 +1,56 @@
 // Threads and mutexes of the engine.
 #pragma once
 
-#include <atomic>
-#include <mutex>
-#include <thread>
-
 #include "host/api.h"
 #include "host/mobj.h"
 
 namespace ORVANE {
 
-// A mutual exclusion lock; not recursive.
+// A mutual exclusion lock; not recursive. [any]
 class ORVANE_API MUTEX {
  public:
-  void Enter() { mutex_.lock(); }
-  void Leave() { mutex_.unlock(); }
+  MUTEX();
+  MUTEX(const MUTEX&) = delete;
+  MUTEX& operator=(const MUTEX&) = delete;
+  ~MUTEX();
+
+  void Enter();
+  void Leave();
 
  private:
-  std::mutex mutex_;
+  struct STATE;
+
+  STATE* const state_;  // Owned.
 };
 
 // A thread that runs its virtual body once.
 //
-// Threads: the owner starts, polls, stops and destroys; `Run` is on the new thread; `CheckStop`
-//   and `Active` may be asked anywhere.
+// Threads: the owner starts, stops and destroys; `Run` is on the new thread; `CheckStop` and
+//   `Active` may be asked anywhere.
 // Errors: an exception that leaves `Run` is logged and ends the thread.
 class ORVANE_API MTHREAD : public MOBJ {
  public:
   explicit MTHREAD(int priority);
-  // Joins. REQUIRES: `Active` is false; a derived class sees to that before its own fields go.
+  // REQUIRES: `Active` is false; a derived class sees to that before its own fields go.
   ~MTHREAD() override;
 
   // The thread's body.
   virtual void Run() = 0;
-  // True once Stop has been called.
+  // True once Stop has been called. [any]
   virtual bool CheckStop() const;
-  // Runs the body on a new thread; once in an object's life. False when there is no thread to be
-  // had: an error is logged, and `Active` stays false.
+  // Runs the body on a new thread; once in an object's life. False when no thread could be
+  // started: an error is logged, and `Active` stays false.
   virtual bool Start();
   // Asks the body to end; returns at once.
   virtual void Stop();
 
-  // True from Start until Run has returned and all that it has logged is written.
-  bool Active() const { return active_.load(std::memory_order_acquire); }
+  // True from Start until Run has returned and all that it has logged is written. [any]
+  bool Active() const;
 
  private:
-  void Body();
+  struct STATE;
 
-  std::atomic<bool> active_ = false;
-  std::atomic<bool> stop_ = false;
-  std::thread thread_;
+  STATE* const state_;  // Owned.
 };
 
 }  // namespace ORVANE

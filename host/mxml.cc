@@ -3,24 +3,36 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory_resource>
 #include <new>
-#include <utility>
+#include <string>
+#include <string_view>
 #include <vector>
 
+#include "host/internal/texts.h"
 #include "host/mstrm.h"
 #include "text/entities.h"
 
 namespace ORVANE {
 
-MXML::NODE* MXML::NODE::FindNode(std::string_view wanted) const {
+MXML::ATTRIB::ATTRIB() : next(nullptr) {}
+MXML::ATTRIB::~ATTRIB() = default;
+
+MXML::NODE::NODE() : first_child(nullptr), next_sibling(nullptr), first_attribute(nullptr) {}
+MXML::NODE::~NODE() = default;
+
+MXML::NODE* MXML::NODE::FindNode(const char* wanted) const {
+  const std::string_view wanted_name = wanted;
   for (NODE* child = first_child; child != nullptr; child = child->next_sibling) {
-    if (child->name == wanted) return child;
+    if (TEXTS::View(child->name) == wanted_name) return child;
   }
   // The nodes behind those that are being looked into, innermost last: depth costs no stack.
   std::vector<NODE*> behind;
   NODE* node = first_child;
   while (node != nullptr) {
-    if (node->name == wanted) return node;
+    if (TEXTS::View(node->name) == wanted_name) return node;
     if (node->next_sibling != nullptr) behind.push_back(node->next_sibling);
     node = node->first_child;
     if (node == nullptr && !behind.empty()) {
@@ -31,24 +43,39 @@ MXML::NODE* MXML::NODE::FindNode(std::string_view wanted) const {
   return nullptr;
 }
 
-const MXML::ATTRIB* MXML::NODE::FindAttribute(std::string_view wanted) const {
-  const ATTRIB* attribute = first_attribute;
-  while (attribute != nullptr && !(attribute->name == wanted)) attribute = attribute->next;
+namespace {
+
+const MXML::ATTRIB* FindAttribute(const MXML::NODE& node, std::string_view wanted) {
+  const MXML::ATTRIB* attribute = node.first_attribute;
+  while (attribute != nullptr && TEXTS::View(attribute->name) != wanted) {
+    attribute = attribute->next;
+  }
   return attribute;
 }
 
-const MSTR& MXML::NODE::AttributeValue(std::string_view wanted) const {
-  static const MSTR empty;
-  const ATTRIB* const attribute = FindAttribute(wanted);
-  return attribute != nullptr ? attribute->value : empty;
+}  // namespace
+
+MSTR MXML::NODE::GetAttribute(const char* wanted) const {
+  const ATTRIB* const attribute = FindAttribute(*this, wanted);
+  return attribute != nullptr ? attribute->value : MSTR();
 }
 
-MSTR MXML::NODE::GetAttribute(std::string_view wanted) const { return AttributeValue(wanted); }
-
-int MXML::NODE::GetAttributeAsInt(std::string_view wanted, int missing) const {
-  const ATTRIB* const attribute = FindAttribute(wanted);
+int MXML::NODE::GetAttributeAsInt(const char* wanted, int missing) const {
+  const ATTRIB* const attribute = FindAttribute(*this, wanted);
   if (attribute == nullptr) return missing;
-  return static_cast<int>(std::strtol(attribute->value.Text(), nullptr, 10));
+  return static_cast<int>(std::strtol(attribute->value.text, nullptr, 10));
+}
+
+void MXML::NODE::AddNode(NODE* child) {
+  NODE** end = &first_child;
+  while (*end != nullptr) end = &(*end)->next_sibling;
+  *end = child;
+}
+
+void MXML::NODE::AddAttribute(ATTRIB* attribute) {
+  ATTRIB** end = &first_attribute;
+  while (*end != nullptr) end = &(*end)->next;
+  *end = attribute;
 }
 
 namespace {
@@ -60,7 +87,7 @@ bool EndsName(char c) {
          c == '&';
 }
 
-void AppendUtf8(std::uint32_t code, MSTR& text) {
+void AppendUtf8(std::uint32_t code, std::string& text) {
   const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
   const auto trail = [&put, code](unsigned shift) { put(0x80 | ((code >> shift) & 0x3f)); };
   if (code < 0x80) {
@@ -81,7 +108,7 @@ void AppendUtf8(std::uint32_t code, MSTR& text) {
 }
 
 // Reads what stands between '&' and ';'. False when it names no character.
-bool AppendReference(std::string_view name, MSTR& text) {
+bool AppendReference(std::string_view name, std::string& text) {
   if (const char character = EntityCharacter(name); character != '\0') {
     text += character;
     return true;
@@ -110,45 +137,74 @@ bool AppendReference(std::string_view name, MSTR& text) {
 }
 
 // Appends character data, its references resolved.
-void AppendText(std::string_view raw, MSTR& text) {
+void AppendText(std::string_view raw, std::string& text) {
   // Longer ones, which only zeros can make, stay as they are.
   constexpr std::size_t kLongest = 32;
   std::size_t copied = 0;
   for (std::size_t at = raw.find('&'); at != std::string_view::npos; at = raw.find('&', at)) {
     const std::size_t end = raw.substr(at + 1, kLongest).find(';');
-    text.Append(raw.substr(copied, at - copied));
+    text += raw.substr(copied, at - copied);
     copied = at;
     if (end != std::string_view::npos && AppendReference(raw.substr(at + 1, end), text)) {
       copied = at + end + 2;
     }
     at = copied == at ? at + 1 : copied;
   }
-  text.Append(raw.substr(copied));
+  text += raw.substr(copied);
 }
+
+// Where the nodes and texts of a document stand, in blocks that are freed together. Nothing in them
+// is destroyed: a node's texts are placed there too.
+class MEMORY {
+ public:
+  template <typename Part>
+  Part* Make() {
+    return ::new (blocks_.allocate(sizeof(Part), alignof(Part))) Part;
+  }
+
+  // Points an empty text at a copy of the characters.
+  void Keep(std::string_view characters, MSTR& text) {
+    if (characters.empty()) return;
+    auto* const copy = static_cast<char*>(blocks_.allocate(characters.size() + 1, 1));
+    std::memcpy(copy, characters.data(), characters.size());
+    copy[characters.size()] = '\0';
+    TEXTS::Place(text, {copy, characters.size()});
+  }
+
+  void Clear() { blocks_.release(); }
+
+ private:
+  std::pmr::monotonic_buffer_resource blocks_;
+};
 
 // The names of a document. There are a few, again and again: those met lately are not kept twice.
 class NAMES {
  public:
-  explicit NAMES(MBLOCKS& memory) : memory_(memory) {}
+  explicit NAMES(MEMORY& memory) : memory_(memory) {}
 
-  MSTR Keep(std::string_view name) {
+  // Points an empty text at the name.
+  void Keep(std::string_view name, MSTR& text) {
     const auto letter = [&](std::size_t at) { return static_cast<unsigned char>(name[at]); };
     const std::size_t mixed =
         letter(0) * 5u + letter(name.size() / 2) * 3u + letter(name.size() - 1) + name.size() * 7u;
-    MSTR& recent = recent_[mixed % recent_.size()];
-    if (!(recent == name)) recent = memory_.Keep(name);
-    return recent.Alias();
+    std::string_view& recent = recent_[mixed % recent_.size()];
+    if (recent == name) {
+      TEXTS::Place(text, recent);
+    } else {
+      memory_.Keep(name, text);
+      recent = TEXTS::View(text);
+    }
   }
 
  private:
-  MBLOCKS& memory_;
-  std::array<MSTR, 64> recent_;
+  MEMORY& memory_;
+  std::array<std::string_view, 64> recent_;
 };
 
 // One pass over a document's text.
 class PARSER {
  public:
-  PARSER(std::string_view text, MXML::NODE& root, MBLOCKS& memory)
+  PARSER(std::string_view text, MXML::NODE& root, MEMORY& memory)
       : text_(text), root_(root), memory_(memory), names_(memory) {}
 
   // False when the document is malformed; `root` then holds what was read before the fault.
@@ -165,18 +221,19 @@ class PARSER {
   // stand one behind the other: what an inner one adds is taken off when it is closed.
   struct OPEN {
     MXML::NODE* node;
-    std::uint32_t text_begin;
+    std::size_t text_begin;
+    MXML::NODE* last_child;
   };
 
   bool InDocumentElement() const { return !open_.empty(); }
 
-  void Open(MXML::NODE& node) { open_.push_back({&node, open_text_.Length()}); }
+  void Open(MXML::NODE& node) { open_.push_back({&node, open_text_.size(), nullptr}); }
 
   void Close() {
     const OPEN closed = open_.back();
     open_.pop_back();
-    closed.node->value = memory_.Keep(open_text_.View().substr(closed.text_begin));
-    open_text_.Truncate(closed.text_begin);
+    memory_.Keep(std::string_view(open_text_).substr(closed.text_begin), closed.node->value);
+    open_text_.resize(closed.text_begin);
   }
 
   bool CharacterData() {
@@ -214,7 +271,7 @@ class PARSER {
   bool CharacterSection() {
     const std::size_t begin = at_ + 9;
     if (!InDocumentElement() || !SkipPast("]]>", 9)) return false;
-    open_text_.Append(text_.substr(begin, at_ - 3 - begin));
+    open_text_ += text_.substr(begin, at_ - 3 - begin);
     return true;
   }
 
@@ -258,7 +315,7 @@ class PARSER {
 
   bool EndTag() {
     at_ += 2;
-    if (!InDocumentElement() || !(open_.back().node->name == Name())) return false;
+    if (!InDocumentElement() || TEXTS::View(open_.back().node->name) != Name()) return false;
     Blanks();
     Close();
     return Take('>');
@@ -270,8 +327,16 @@ class PARSER {
     const bool second_document = !InDocumentElement() && root_.first_child != nullptr;
     if (name.empty() || second_document) return false;
     auto* const node = memory_.Make<MXML::NODE>();
-    node->name = names_.Keep(name);
-    (InDocumentElement() ? *open_.back().node : root_).AddNode(node);
+    names_.Keep(name, node->name);
+    if (!InDocumentElement()) {
+      root_.first_child = node;
+    } else {
+      OPEN& parent = open_.back();
+      (parent.last_child != nullptr ? parent.last_child->next_sibling : parent.node->first_child) =
+          node;
+      parent.last_child = node;
+    }
+    MXML::ATTRIB** attributes_end = &node->first_attribute;
     for (;;) {
       const std::size_t before = at_;
       Blanks();
@@ -280,11 +345,11 @@ class PARSER {
         return true;
       }
       if (Take('/')) return Take('>');
-      if (at_ == before || !Attribute(*node)) return false;
+      if (at_ == before || !Attribute(attributes_end)) return false;
     }
   }
 
-  bool Attribute(MXML::NODE& node) {
+  bool Attribute(MXML::ATTRIB**& end) {
     const std::string_view name = Name();
     Blanks();
     if (name.empty() || !Take('=')) return false;
@@ -295,21 +360,22 @@ class PARSER {
     if ((quote != '"' && quote != '\'') || !SkipPast({&quote, 1}, 1)) return false;
     const std::string_view raw = text_.substr(begin, at_ - 1 - begin);
     if (raw.find('<') != std::string_view::npos) return false;
-    MSTR value;
+    std::string value;
     AppendText(raw, value);
     auto* const attribute = memory_.Make<MXML::ATTRIB>();
-    attribute->name = names_.Keep(name);
-    attribute->value = memory_.Keep(value.View());
-    node.AddAttribute(attribute);
+    names_.Keep(name, attribute->name);
+    memory_.Keep(value, attribute->value);
+    *end = attribute;
+    end = &attribute->next;
     return true;
   }
 
   const std::string_view text_;
   MXML::NODE& root_;
-  MBLOCKS& memory_;
+  MEMORY& memory_;
   NAMES names_;
   std::vector<OPEN> open_;  // innermost last: depth costs no stack
-  MSTR open_text_;
+  std::string open_text_;
   std::size_t at_ = 0;
 };
 
@@ -317,38 +383,51 @@ bool ReadWhole(const MSTR& file_name, MSTR& text) {
   MSTRM stream;
   if (!stream.Open(file_name, true, false, true)) return false;
   stream.Seek(0, MSTRM::SEEK::End);
-  text.Reserve(static_cast<std::size_t>(stream.Position()));
+  TEXTS::Reserve(text, static_cast<std::size_t>(stream.Position()));
   stream.Seek(0, MSTRM::SEEK::Start);
   char block[16 * 1024];
   for (int count = stream.Read(block, sizeof block); count > 0;
        count = stream.Read(block, sizeof block)) {
-    text.Append({block, static_cast<std::size_t>(count)});
+    TEXTS::Append(text, {block, static_cast<std::size_t>(count)});
   }
   return true;
 }
 
 }  // namespace
 
-void MXML::Clear() {
-  text_ = MSTR();
-  root_.first_child = root_.last_child = nullptr;
-  memory_.Clear();
-}
+struct MXML::STATE {
+  MSTR text;
+  MEMORY memory;
+  NODE root;
+
+  void Clear() {
+    MSTR nothing;
+    TEXTS::Swap(text, nothing);
+    root.first_child = nullptr;
+    memory.Clear();
+  }
+};
+
+MXML::MXML() : state_(new STATE) {}
+MXML::~MXML() { delete state_; }
+
+const MSTR& MXML::LoadedText() const { return state_->text; }
+MXML::NODE& MXML::Root() { return state_->root; }
 
 bool MXML::Load(const MSTR& file_name) {
-  Clear();
+  state_->Clear();
   MSTR text;
   if (!ReadWhole(file_name, text)) return false;
   try {
-    if (PARSER(text.View(), root_, memory_).Parse()) {
-      text_ = std::move(text);
+    if (PARSER(TEXTS::View(text), state_->root, state_->memory).Parse()) {
+      TEXTS::Swap(state_->text, text);
       return true;
     }
   } catch (const std::bad_alloc&) {
-    Clear();
+    state_->Clear();
     throw;
   }
-  Clear();
+  state_->Clear();
   return false;
 }
 

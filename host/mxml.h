@@ -1,75 +1,65 @@
-// The engine's XML document, held as a tree, and the node record that the plug-in's own reader
-// builds too.
+// The engine's XML document, held as a tree, and the node record that a guest's own reader may
+// build too.
 //
-// Ownership: a document owns its tree, whose nodes and texts stand in its memory and end with it,
-//   without destructors: what is moved out of a node must not outlive the document, and nothing
-//   that owns storage may be moved into one. A node owns its name and value only; whoever makes a
-//   tree of nodes frees it.
+// Ownership: a document owns its tree, nodes, attributes and texts, which must not be changed and
+//   end with it. A node that a guest makes owns its name and value only; whoever makes a tree of
+//   nodes frees it.
 // Threads: a document or tree belongs to one thread.
 // Errors: a file that cannot be read or is malformed leaves an empty text and a root without
-//   children; MBADALLOC when memory runs out.
+//   children; std::bad_alloc when memory runs out.
 #pragma once
 
-#include <string_view>
-
 #include "host/api.h"
-#include "host/mblocks.h"
 #include "host/mstr.h"
 
 namespace ORVANE {
 
 class ORVANE_API MXML {
  public:
-  struct ATTRIB {
+  struct ORVANE_API ATTRIB {
+    ATTRIB();
+    ATTRIB(const ATTRIB&) = delete;
+    ATTRIB& operator=(const ATTRIB&) = delete;
+    ~ATTRIB();
+
     MSTR name;
     MSTR value;
-    ATTRIB* next = nullptr;
-    ATTRIB* last = nullptr;  // of the list, in its first attribute
+    ATTRIB* next;
   };
 
   struct ORVANE_API NODE {
-    MSTR name;
-    MSTR value;
-    NODE* first_child = nullptr;
-    NODE* last_child = nullptr;
-    NODE* next_sibling = nullptr;
-    ATTRIB* first_attribute = nullptr;
-    // No part of the tree: what whoever makes one tree after the other keeps of the last one.
-    NODE* spare_child = nullptr;
-    ATTRIB* spare_attribute = nullptr;
-
-    NODE() = default;
+    // Empty, without links.
+    NODE();
     NODE(const NODE&) = delete;
     NODE& operator=(const NODE&) = delete;
+    // Releases name and value only.
+    ~NODE();
 
     // Of that name, the first direct child, else the first node below in document order, or null.
-    NODE* FindNode(std::string_view wanted) const;
+    NODE* FindNode(const char* wanted) const;
 
-    // The first attribute of that name: its value, empty (or `missing`) when there is none. A
-    // number is read as `atoi` reads it.
-    MSTR GetAttribute(std::string_view wanted) const;
-    int GetAttributeAsInt(std::string_view wanted, int missing) const;
-    // The value itself instead of a copy.
-    const MSTR& AttributeValue(std::string_view wanted) const;
+    // The first attribute of that name: a copy of its value, empty (or `missing`) when there is
+    // none. A number is read as `atoi` reads it.
+    MSTR GetAttribute(const char* wanted) const;
+    int GetAttributeAsInt(const char* wanted, int missing) const;
 
-    // Link a child or an attribute in, as the last one.
-    void AddNode(NODE* child) {
-      (last_child != nullptr ? last_child->next_sibling : first_child) = child;
-      last_child = child;
-    }
-    void AddAttribute(ATTRIB* attribute) {
-      (first_attribute != nullptr ? first_attribute->last->next : first_attribute) = attribute;
-      first_attribute->last = attribute;
-    }
+    // Link a child or an attribute in, as the last one. They look for the end of the list: whoever
+    // builds long ones links them by hand.
+    void AddNode(NODE* child);
+    void AddAttribute(ATTRIB* attribute);
 
-   private:
-    const ATTRIB* FindAttribute(std::string_view wanted) const;
+    MSTR name;
+    MSTR value;
+    NODE* first_child;
+    NODE* next_sibling;
+    ATTRIB* first_attribute;
   };
 
-  MXML() = default;
+  // An empty document.
+  MXML();
   MXML(const MXML&) = delete;
   MXML& operator=(const MXML&) = delete;
-  ~MXML() = default;
+  ~MXML();
 
   // Reads a whole XML 1.0 document without validating it, in place of what was held before.
   //
@@ -80,18 +70,15 @@ class ORVANE_API MXML {
   bool Load(const MSTR& file_name);
 
   // The document as it was read; empty when the last Load failed.
-  const MSTR& LoadedText() const { return text_; }
+  const MSTR& LoadedText() const;
 
   // A node without a name, above the document element.
-  NODE& Root() { return root_; }
-  const NODE& Root() const { return root_; }
+  NODE& Root();
 
  private:
-  void Clear();
+  struct STATE;
 
-  MSTR text_;
-  MBLOCKS memory_;
-  NODE root_;
+  STATE* const state_;  // Owned.
 };
 
 }  // namespace ORVANE

@@ -1,17 +1,11 @@
-// Script classes, their instances, and calls of their methods.
+// Script classes, their instances and values, and calls of their methods.
 //
 // Ownership: an instance goes back to whoever made it through its virtual Release. A script class
-//   is owned by the plug-in or engine part that made it.
+//   is owned by the guest or engine part that made it.
 // Threads: a call belongs to one thread; classes are changed only while they are built.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string_view>
-#include <variant>
-#include <vector>
 
 #include "host/api.h"
 #include "host/mrefobj.h"
@@ -25,50 +19,42 @@ class MSSINSTANCE;
 // A script class: a name, a parent class and methods.
 class ORVANE_API MSSMODULE : public MREFOBJ {
  public:
+  // A method's function: true on success; it then has pushed its result, if it has one.
   using FUNCTION = bool (*)(MSSEXEC*);
-  struct METHOD {
-    MSTR name;
-    int minimum_locals;
-    int maximum_locals;
-    int stack;
-    FUNCTION function;
-  };
+  struct METHOD;
 
-  MSSMODULE() = default;
+  MSSMODULE();
   ~MSSMODULE() override;
 
   bool Read(MBUFFER& buffer) override;
   // A module belongs to its maker, so giving it back destroys nothing.
   void Release() override;
-  // A new instance of this class, or null.
+  // A new instance of this class, or null. [any]
   virtual MSSINSTANCE* CreateInstance();
 
   // Also makes the class known to the engine under that name, until it is destroyed.
   void SetName(const char* name);
-  const MSTR& Name() const { return name_; }
-
+  // The numbers are the least and the most locals of a call, and the script's stack for it.
   void AddMethod(const MSTR& name, int minimum_locals, int maximum_locals, int stack,
                  FUNCTION function);
-  // This class's method of that name, else the parent's, or null.
-  const METHOD* FindMethod(std::string_view name) const;
-  const METHOD* FindMethod(int index) const;
-
-  // The most recently named class of that name, or null.
-  static MSSMODULE* Find(std::string_view name);
 
  protected:
   MREFOBJREF parent_;
-  std::uint32_t flags_ = 0;
+  std::uint32_t flags_;
 
  private:
-  MSTR name_;
-  std::vector<METHOD> methods_;
-  MSSMODULE* next_named_ = nullptr;
+  friend struct MODULES;
+  struct STATE;
+
+  STATE* const state_;  // Owned.
 };
 
 // A script value. Operators that a class lacks answer false.
 class ORVANE_API MSSINSTANCE : public MREFOBJ {
  public:
+  MSSINSTANCE();
+  ~MSSINSTANCE() override;
+
   virtual MSSINSTANCE* MakeCopy();
   virtual MSSINSTANCE* Clone();
   virtual bool Copy(const MSSINSTANCE* other);
@@ -86,8 +72,9 @@ class ORVANE_API MSSINSTANCE : public MREFOBJ {
   virtual MSSINSTANCE* FindMemberVar(int index);
   virtual MSSINSTANCE* FindMemberVar(const char* name);
 
-  MSSMODULE* Module() const { return static_cast<MSSMODULE*>(module_.Get()); }
-  void SetModule(MREFOBJ* module) { module_ = module; }
+  // The script class that the instance belongs to; null for none.
+  void SetModule(MREFOBJ* module);
+  MREFOBJ* Module() const;
 
  private:
   MREFOBJREF module_;  // always an MSSMODULE
@@ -97,34 +84,30 @@ class ORVANE_API MSSINTEGER final : public MSSINSTANCE {
  public:
   // A new value of 0.
   static MSSINTEGER* Allocate();
-  std::int32_t value = 0;
+
+  MSSINTEGER();
+  ~MSSINTEGER() override;
+
+  std::int32_t value;
 };
 
 class ORVANE_API MSSSTRING final : public MSSINSTANCE {
  public:
   // A new empty value.
   static MSSSTRING* Allocate();
+
+  MSSSTRING();
+  ~MSSSTRING() override;
+
   MSTR value;
 };
 
-// Gives an instance back instead of deleting it.
-struct RELEASE {
-  void operator()(MOBJ* object) const { object->Release(); }
-};
-using INSTANCEPTR = std::unique_ptr<MSSINSTANCE, RELEASE>;
-
-// One script call: the instance called, its arguments, and the result.
+// One script call: the instance called, its arguments, and the result. The engine makes it, and it
+// must be used only until its method returns, by the thread that the method runs on.
 class ORVANE_API MSSEXEC {
  public:
-  // `self` stays the caller's, and may be null. `place` names the calling script line for the call
-  // stack, and must outlive the call.
-  MSSEXEC(MSSINSTANCE* self, std::string_view place);
   MSSEXEC(const MSSEXEC&) = delete;
   MSSEXEC& operator=(const MSSEXEC&) = delete;
-  ~MSSEXEC();
-
-  void AddArgument(std::int32_t value);
-  void AddArgument(std::string_view value);
 
   // Local 0 is the instance called, local i its i-th argument; null when there is none. What is
   // returned stays the call's.
@@ -134,28 +117,14 @@ class ORVANE_API MSSEXEC {
   [[nodiscard]] bool GetLocalInt(int index, std::int32_t& value);
   [[nodiscard]] bool GetLocalString(int index, const MSTR*& text);
 
-  // Hands the call's result over; a later one replaces it.
+  // Hands the call's result over, once; the call owns it from then on.
   bool Push(MSSINSTANCE* result);
   // Writes the script call stack to the log.
   void LogCallers() const;
 
-  // What was pushed, or null. Stays the call's.
-  const MSSINSTANCE* Result() const { return result_.get(); }
-
- private:
-  // Nearly every method has as few arguments as stand in here: a call then costs one allocation,
-  // for its result.
-  using VALUE = std::variant<std::monostate, MSSINTEGER, MSSSTRING>;
-  static constexpr std::size_t kInline = 4;
-
-  VALUE& AddValue();
-
-  MSSINSTANCE* const self_;
-  const std::string_view place_;
-  std::size_t count_ = 0;
-  std::array<VALUE, kInline> arguments_;
-  std::vector<std::unique_ptr<VALUE>> more_arguments_;
-  INSTANCEPTR result_;
+ protected:
+  MSSEXEC();
+  ~MSSEXEC();
 };
 
 }  // namespace ORVANE

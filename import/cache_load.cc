@@ -7,6 +7,7 @@
 #include "import/listings_import.h"
 #include "import/record_readers.h"
 #include "platform/services.h"
+#include "text/counted_text.h"
 #include "text/letters.h"
 
 using ORVANE::MSTR;
@@ -19,7 +20,7 @@ constexpr ProviderKind kNumbered = ProviderKind::kOther;
 bool LoadPrograms(CCacheLoad& load) {
   CSafeNode& record = load.record;
   return ForEachWholeChild(load.reader, load.collection.name, record, load.status, [&] {
-    if (!(record.name == "Prog")) return;
+    if (ViewOf(record.name) != "Prog") return;
     auto program = load.store.NewProgram();
     ReadProgramFields(record, kNumbered, program);
     load.store.AddProgram(program);  // the first of a key wins
@@ -33,7 +34,7 @@ std::int32_t LoadCacheStation(CCacheLoad& load, CStation& station) {
   CSafeNode& item_node = load.item;
   std::int32_t added = 0;
   const auto load_item = [&] {
-    if (!(item_node.name == "Item")) return;
+    if (ViewOf(item_node.name) != "Item") return;
     auto item = load.store.NewItem();
     ReadScheduleItemFields(item_node, kNumbered, 0, item);
     item->program = load.store.FindProgram(item->program_key.View());
@@ -41,15 +42,15 @@ std::int32_t LoadCacheStation(CCacheLoad& load, CStation& station) {
   };
   const auto load_child = [&](bool open) {
     if (!open) return true;
-    if (child.name == "StationData") {
+    if (ViewOf(child.name) == "StationData") {
       if (!load.reader.ReadChildren(child, load.status)) return false;
       ReadStationFields(child, kNumbered, station, load.store.Memory().texts);
       return true;
     }
-    if (child.name == "Schedule") {
+    if (ViewOf(child.name) == "Schedule") {
       return ForEachWholeChild(load.reader, child.name, item_node, load.status, load_item);
     }
-    load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.Text());
+    load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.text);
     return false;
   };
   return ForEachChild(load.reader, load.record.name, child, load.status, load_child) ? added : -1;
@@ -59,7 +60,7 @@ bool LoadStations(CCacheLoad& load) {
   CSafeNode& record = load.record;
   return ForEachChild(load.reader, load.collection.name, record, load.status, [&](bool open) {
     if (!open) return true;
-    if (!(record.name == "Station")) return load.reader.ReadChildren(record, load.status);
+    if (ViewOf(record.name) != "Station") return load.reader.ReadChildren(record, load.status);
     CScheduleMemory& memory = load.store.Memory();
     const CScheduleMemory::Mark before = memory.GetMark();
     auto station = std::make_unique<CStation>();
@@ -73,8 +74,8 @@ bool LoadCollections(CCacheLoad& load) {
   CSafeNode& collection = load.collection;
   return ForEachChild(load.reader, load.root.name, collection, load.status, [&](bool open) {
     if (!open) return true;
-    if (collection.name == "ProgramMap") return LoadPrograms(load);
-    if (collection.name == "StationList") return LoadStations(load);
+    if (ViewOf(collection.name) == "ProgramMap") return LoadPrograms(load);
+    if (ViewOf(collection.name) == "StationList") return LoadStations(load);
     return load.reader.ReadChildren(collection, load.status);
   });
 }

@@ -8,6 +8,7 @@
 #include "platform/services.h"
 #include "schedule/text_number.h"
 #include "schedule/time_value.h"
+#include "text/counted_text.h"
 
 using ORVANE::MSTR;
 using ORVANE::MXML;
@@ -28,7 +29,7 @@ MXML::NODE* FindContainer(const MXML::NODE& parent, const char* name, MSTR& stat
 bool CheckErrorCode(const MXML::NODE& collection, MSTR& status) {
   const MXML::NODE* const code = FindContainer(collection, "ErrorCode", status);
   if (code == nullptr) return false;
-  const std::int32_t number = ReadNumber(code->value.Text());
+  const std::int32_t number = ReadNumber(code->value.text);
   if (number == 0) return true;
   if (const MXML::NODE* const description = collection.FindNode("ErrorDescription")) {
     status = description->value;
@@ -58,7 +59,7 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   MXML document;
   document.Load(file_name);
   const std::uint32_t load_end = platform::GetTickCount();
-  if (document.LoadedText().IsEmpty()) {
+  if (document.LoadedText().length == 0) {
     status = "XML load failed, document length is zero.";
     return false;
   }
@@ -70,16 +71,16 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   if (data == nullptr) return false;
   const MXML::NODE* const provider = FindContainer(*data, "ProviderID", status, "Provider");
   if (provider == nullptr) return false;
-  if (provider_id.IsEmpty()) {
+  if (provider_id.length == 0) {
     provider_id = provider->value;
-  } else if (!(provider_id == provider->value)) {
+  } else if (ViewOf(provider_id) != ViewOf(provider->value)) {
     status.Format("Cannot merge data from provider \"%s\", current provider is \"%s\".",
-                  provider->value.Text(), provider_id.Text());
+                  provider->value.text, provider_id.text);
     return false;
   }
   const MXML::NODE* const base = FindContainer(*data, "BaseTime", status);
   if (base == nullptr) return false;
-  const std::int32_t base_time = ParseTime(TimeLayout::kYearFirst, base->value.View());
+  const std::int32_t base_time = ParseTime(TimeLayout::kYearFirst, ViewOf(base->value));
   base_time_text = base->value;
 
   // Items are resolved against the stations and programmes before them.
@@ -104,7 +105,7 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
       "Provider:       \t%s\nBaseTime:\t%s\n%s\n"
       "Duplicates:\n\tStations:\t%i\n\tPrograms:\t%i\n\tSchedule Items:\t%i\n"
       "(Times: Load = %i.%03i secs, Parse = %i.%03i secs)",
-      provider_id.Text(), base_time_text.Text(), GetStatistics().Text(), stations, programs, items,
+      provider_id.text, base_time_text.text, GetStatistics().text, stations, programs, items,
       seconds(load), milliseconds(load), seconds(parse), milliseconds(parse));
   return true;
 }

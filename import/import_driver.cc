@@ -5,6 +5,7 @@
 #include "import/listings_import.h"
 #include "import/rt_data.h"
 #include "import/xmltv_data.h"
+#include "text/counted_text.h"
 #include "text/entities.h"
 #include "text/letters.h"
 
@@ -29,7 +30,7 @@ std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, Impo
                                       const Request& request, char punctuation) {
   if (((*store).*importer)(request.file_name, request.status, request.progress)) return store;
   MLog.Log("EPG Loader: Import failed%c [%s]", punctuation,
-           XmlEscape(request.status.View()).c_str());
+           XmlEscape(ViewOf(request.status)).c_str());
   request.status = "Can't identify content, don't know how to decode!";
   return nullptr;
 }
@@ -57,7 +58,7 @@ std::shared_ptr<CProviderData> ImportEPGFile(const MSTR& file_name, MSTR& status
                                              CProgressIndicator* progress) {
   CSimpleXMLReader reader;
   if (!OpenListings(reader, file_name, status)) {
-    MLog.Log("%s", status.Text());
+    MLog.Log("%s", status.text);
     return nullptr;
   }
   CSafeNode root;
@@ -68,21 +69,21 @@ std::shared_ptr<CProviderData> ImportEPGFile(const MSTR& file_name, MSTR& status
 
   // A root may bear the marks of several formats: the first that is asked for here decides.
   if (EqualIgnoringCase(name_space, kMakerNamespace)) {
-    MLog.Log("EPG Loader: Importing Norvex format XML, %s.", file_name.Text());
+    MLog.Log("EPG Loader: Importing Norvex format XML, %s.", file_name.text);
     return Import(MakeStore(root.GetAttributeAsInt("EPGSource", 0)), &CProviderData::LoadCacheXML,
                   {file_name, status, progress}, '.');
   }
   if (EqualIgnoringCase(name_space, kTitanTVNamespace)) {
-    MLog.Log("EPG Loader: Importing Titan TV format XML, %s.", file_name.Text());
+    MLog.Log("EPG Loader: Importing Titan TV format XML, %s.", file_name.text);
     return Import(std::make_shared<CDMData>(), &CProviderData::ImportXML,
                   {file_name, status, nullptr}, '.');
   }
   if (EqualIgnoringCase(generator, "XMLTV")) {
-    MLog.Log("EPG Loader: Importing XMLTV format XML, %s.", file_name.Text());
+    MLog.Log("EPG Loader: Importing XMLTV format XML, %s.", file_name.text);
     return Import(std::make_shared<CXMLTVData>(), &CProviderData::ImportXML,
                   {file_name, status, progress}, '.');
   }
-  MLog.Log("EPG Loader: Importing Radio Times format XML, %s.", file_name.Text());
+  MLog.Log("EPG Loader: Importing Radio Times format XML, %s.", file_name.text);
   return Import(std::make_shared<CRTData>(), &CProviderData::ImportXML,
                 {file_name, status, nullptr}, ',');
 }

@@ -7,13 +7,14 @@
 #include "import/progress_indicator.h"
 #include "platform/services.h"
 #include "schedule/time_value.h"
+#include "text/counted_text.h"
 
 using ORVANE::MLog;
 using ORVANE::MSTR;
 
 bool OpenListings(CSimpleXMLReader& reader, const MSTR& file_name, MSTR& status) {
   if (reader.Open(file_name, true, false, true)) return true;
-  status.Format("Failed to open file \"%s\".", file_name.Text());
+  status.Format("Failed to open file \"%s\".", file_name.text);
   return false;
 }
 
@@ -28,7 +29,7 @@ void AnnounceRange(CSimpleXMLReader& reader, CProgressIndicator* progress) {
 bool ReadListingsRoot(CSimpleXMLReader& reader, CSafeNode& root, std::string_view wanted) {
   bool more = false;
   const bool open = reader.ReadRoot(root, more);
-  return root.name == wanted && (open || more);
+  return ViewOf(root.name) == wanted && (open || more);
 }
 
 std::int32_t EndAfter(std::int32_t start, std::int32_t end) {
@@ -40,9 +41,9 @@ bool FinishImport(CProviderData& store, CSimpleXMLReader& reader, const MSTR& fi
                   std::uint32_t began, MSTR& status, CProgressIndicator* progress) {
   if (progress != nullptr) progress->SetComplete();
   reader.Close();
-  status.Format("File \"%s\" loaded OK.  %s  (%i msec)", file_name.Text(),
-                store.GetStatistics().Text(), static_cast<int>(platform::GetTickCount() - began));
-  MLog.Log("%s", status.Text());
+  status.Format("File \"%s\" loaded OK.  %s  (%i msec)", file_name.text, store.GetStatistics().text,
+                static_cast<int>(platform::GetTickCount() - began));
+  MLog.Log("%s", status.text);
   IndexStations(store);
   return store.GetStationCount() > 0;
 }

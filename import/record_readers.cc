@@ -5,6 +5,7 @@
 #include <span>
 
 #include "schedule/text_number.h"
+#include "text/counted_text.h"
 #include "xml/safe_node.h"
 
 using ORVANE::MSTR;
@@ -24,20 +25,20 @@ struct Field {
 
 template <typename Record, CText Record::*kText>
 void AssignText(Record& record, const MSTR& text, std::int32_t /*base_time*/, CTextBlocks& texts) {
-  record.*kText = texts.Keep(text.View());
+  record.*kText = texts.Keep(ViewOf(text));
 }
 
 template <typename Record, std::int32_t Record::*kNumber>
 void AssignNumber(Record& record, const MSTR& text, std::int32_t /*base_time*/,
                   CTextBlocks& /*texts*/) {
-  record.*kNumber = ReadNumber(text.Text());
+  record.*kNumber = ReadNumber(text.text);
 }
 
 template <typename Record, std::int32_t Record::*kTime>
 void AssignTime(Record& record, const MSTR& text, std::int32_t base_time, CTextBlocks& /*texts*/) {
   // Unsigned, so that a sum beyond 32 bits wraps.
   record.*kTime = static_cast<std::int32_t>(static_cast<std::uint32_t>(base_time) +
-                                            static_cast<std::uint32_t>(ReadNumber(text.Text())));
+                                            static_cast<std::uint32_t>(ReadNumber(text.text)));
 }
 
 constexpr Field<CStation> kStationFields[] = {
@@ -86,7 +87,7 @@ constexpr Field<CScheduleItem> kScheduleItemFields[] = {
 template <typename Record>
 const Field<Record>* FindByName(std::span<const Field<Record>> fields, const MSTR& name) {
   for (const Field<Record>& field : fields) {
-    if (field.titan_name != nullptr && name == field.titan_name) return &field;
+    if (field.titan_name != nullptr && ViewOf(name) == field.titan_name) return &field;
   }
   return nullptr;
 }
@@ -94,7 +95,7 @@ const Field<Record>* FindByName(std::span<const Field<Record>> fields, const MST
 // The number stands behind the first character of a name; a nameless node has none.
 template <typename Record>
 const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, const MSTR& name) {
-  const std::int32_t number = name.IsEmpty() ? 0 : ReadNumber(name.Text() + 1);
+  const std::int32_t number = name.length == 0 ? 0 : ReadNumber(name.text + 1);
   if (number < 1 || static_cast<std::size_t>(number) > fields.size()) return nullptr;
   const Field<Record>& field = fields[static_cast<std::size_t>(number) - 1];
   return field.number == number ? &field : nullptr;
@@ -121,11 +122,11 @@ void ReadStationFields(const MXML::NODE& node, ProviderKind dialect, CStation& s
   }
   station.key = texts.Keep(AttributeValue(node, "id"));
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (!(child->name == "display-name")) continue;
+    if (ViewOf(child->name) != "display-name") continue;
     if (station.network.IsEmpty()) {
-      station.network = texts.Keep(child->value.View());
+      station.network = texts.Keep(ViewOf(child->value));
     } else if (station.call_sign.IsEmpty()) {
-      station.call_sign = texts.Keep(child->value.View());
+      station.call_sign = texts.Keep(ViewOf(child->value));
     }
   }
 }

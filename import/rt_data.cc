@@ -9,6 +9,7 @@
 
 #include "import/listings_import.h"
 #include "schedule/time_value.h"
+#include "text/counted_text.h"
 
 using ORVANE::MSTR;
 using ORVANE::MXML;
@@ -29,7 +30,7 @@ bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& s
       return closed;
     }
     if (open) {
-      status.Format("Unexpected sub-element, %s, in Programme Field.", field->name.Text());
+      status.Format("Unexpected sub-element, %s, in Programme Field.", field->name.text);
       return false;
     }
     *end = field.release();
@@ -42,7 +43,7 @@ bool ReadProgrammeFields(CSimpleXMLReader& reader, CSafeNode& programme, MSTR& s
 // '-' and the sum of the texts' hashes as a signed number.
 std::string ProgramKey(const MSTR& title, const MSTR& description, const MSTR& episode) {
   const std::uint32_t sum = description.Id() + episode.Id();
-  return std::string("RT-") + title.Text() + '-' + std::to_string(static_cast<std::int32_t>(sum));
+  return std::string("RT-") + title.text + '-' + std::to_string(static_cast<std::int32_t>(sum));
 }
 
 }  // namespace
@@ -56,9 +57,9 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
     bool open = false;
     bool end_tag = false;
     while (reader.ReadElement(programme, open, end_tag) && !end_tag) {
-      if (!(programme.name == "Programme")) {
+      if (ViewOf(programme.name) != "Programme") {
         status.Format("<Programme> node not found in <Programmes> collection (found <%s>).",
-                      programme.name.Text());
+                      programme.name.text);
         return false;
       }
       if (!ReadProgrammeFields(reader, programme, status)) return false;
@@ -66,13 +67,13 @@ bool CRTData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
       reader.Recycle(programme);
     }
     // When the file ends early, this is still the name of the last element.
-    if (!(programme.name == root.name)) {
-      status.Format("Programmes end tag bad, found %s.", programme.name.Text());
+    if (ViewOf(programme.name) != ViewOf(root.name)) {
+      status.Format("Programmes end tag bad, found %s.", programme.name.text);
       return false;
     }
   }
   reader.Close();
-  status.Format("File \"%s\" loaded OK.", file_name.Text());
+  status.Format("File \"%s\" loaded OK.", file_name.text);
   IndexStations(*this);
   return GetStationCount() > 0;
 }
@@ -107,21 +108,21 @@ bool CRTData::ImportProgramme(const MXML::NODE& node) {
   };
   bool is_film = false;
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (child->name == "Film") is_film = true;
+    if (ViewOf(child->name) == "Film") is_film = true;
     for (const auto& field : fields) {
-      if (child->name == field.name) field.text = &child->value;
+      if (ViewOf(child->name) == field.name) field.text = &child->value;
     }
   }
 
   // A station that is new stays, whether or not its first broadcast does.
-  CStation& station = StationOf(channel_name->View());
+  CStation& station = StationOf(ViewOf(*channel_name));
   const std::string key = ProgramKey(*title, *description, *episode);
   PrefetchProgram(key);
   auto item = NewItem();
   item->station_key = station.key;
   const auto time = [date](const MSTR& text) {
-    return ParseTime(TimeLayout::kDayFirst, date->View(),
-                     text.IsEmpty() ? std::nullopt : std::optional(text.View()));
+    return ParseTime(TimeLayout::kDayFirst, ViewOf(*date),
+                     text.length == 0 ? std::nullopt : std::optional(ViewOf(text)));
   };
   item->start = time(*start_time);
   item->end = EndAfter(item->start, time(*end_time));
@@ -130,10 +131,10 @@ bool CRTData::ImportProgramme(const MXML::NODE& node) {
     auto program = NewProgram();
     const auto keep = [&program](std::string_view text) { return program.Texts().Keep(text); };
     program->key = keep(key);
-    program->title = keep(title->View());
-    program->episode_title = keep(episode->View());
-    program->description = keep(description->View());
-    program->genre = keep(genre->View());
+    program->title = keep(ViewOf(*title));
+    program->episode_title = keep(ViewOf(*episode));
+    program->description = keep(ViewOf(*description));
+    program->genre = keep(ViewOf(*genre));
     if (is_film) program->show_type = keep("Feature Film");
     item->program = AddProgram(program);
   }

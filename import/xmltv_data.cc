@@ -13,6 +13,7 @@
 #include "import/reparse.h"
 #include "platform/services.h"
 #include "schedule/time_value.h"
+#include "text/counted_text.h"
 
 using ORVANE::MLog;
 using ORVANE::MSTR;
@@ -48,19 +49,19 @@ struct Element {
 
 template <CText CProgram::*kText>
 void ReadProgramText(const MXML::NODE& node, Programme& programme) {
-  programme.SetProgramText(kText, node.value.View());
+  programme.SetProgramText(kText, ViewOf(node.value));
 }
 
 // The same, for a text of the programme's key.
 template <CText CProgram::*kText, std::uint32_t Programme::*kId>
 void ReadKeyText(const MXML::NODE& node, Programme& programme) {
-  programme.SetProgramText(kText, node.value.View());
+  programme.SetProgramText(kText, ViewOf(node.value));
   programme.*kId = node.value.Id();
 }
 
 template <CText CScheduleItem::*kText>
 void ReadItemText(const MXML::NODE& node, Programme& programme) {
-  programme.SetItemText(kText, node.value.View());
+  programme.SetItemText(kText, ViewOf(node.value));
 }
 
 template <CText CScheduleItem::*kMarker>
@@ -70,7 +71,7 @@ void SetItemMarker(const MXML::NODE& /*node*/, Programme& programme) {
 
 // `path` stands before the name.
 void LogUnknown(const char* path, const MXML::NODE& node) {
-  MLog.Log("Unknown XMLTV data element: %s%s", path, node.name.Text());
+  MLog.Log("Unknown XMLTV data element: %s%s", path, node.name.text);
 }
 
 // Reads every child of a node by a table; one that is not in it is logged with `path` before its
@@ -81,7 +82,7 @@ void ReadElements(const Element (&elements)[kCount], const char* path, const MXM
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
     const Element* found = nullptr;
     for (const Element& element : elements) {
-      if (child->name == element.name) {
+      if (ViewOf(child->name) == element.name) {
         found = &element;
         break;
       }
@@ -95,7 +96,7 @@ void ReadElements(const Element (&elements)[kCount], const char* path, const MXM
 }
 
 void ReadColour(const MXML::NODE& node, Programme& programme) {
-  if (node.value == "no") programme.SetProgramText(&CProgram::black_and_white, kSet);
+  if (ViewOf(node.value) == "no") programme.SetProgramText(&CProgram::black_and_white, kSet);
 }
 
 void ReadVideo(const MXML::NODE& node, Programme& programme) {
@@ -107,7 +108,7 @@ void ReadVideo(const MXML::NODE& node, Programme& programme) {
 }
 
 void ReadActor(const MXML::NODE& node, Programme& programme) {
-  if (!programme.actors.IsEmpty()) programme.actors += ", ";
+  if (programme.actors.length != 0) programme.actors += ", ";
   programme.actors += node.value;
 }
 
@@ -122,7 +123,7 @@ void ReadCredits(const MXML::NODE& node, Programme& programme) {
 void ReadRating(const MXML::NODE& node, Programme& programme) {
   const MXML::NODE* value = nullptr;  // the last one wins
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (child->name == "value") {
+    if (ViewOf(child->name) == "value") {
       value = child;
     } else {
       LogUnknown("rating->", *child);
@@ -131,11 +132,11 @@ void ReadRating(const MXML::NODE& node, Programme& programme) {
   if (value == nullptr) return;
   const std::string_view system = AttributeValue(node, "system");
   if (system == "BBFC") {
-    programme.SetProgramText(&CProgram::rating_bbfc, value->value.View());
+    programme.SetProgramText(&CProgram::rating_bbfc, ViewOf(value->value));
   } else {
     MSTR rating;
-    rating.Format("%s rating: %s", system.data(), value->value.Text());
-    programme.SetItemText(&CScheduleItem::rating_other, rating.View());
+    rating.Format("%s rating: %s", system.data(), value->value.text);
+    programme.SetItemText(&CScheduleItem::rating_other, ViewOf(rating));
   }
 }
 
@@ -145,18 +146,19 @@ void ReadStarRating(const MXML::NODE& node, Programme& programme) {
 }
 
 void ReadDescription(const MXML::NODE& node, Programme& programme) {
-  if (!NeedsReParse(node.value.View())) {
+  if (!NeedsReParse(ViewOf(node.value))) {
     ReadKeyText<&CProgram::description, &Programme::description_id>(node, programme);
     return;
   }
-  const MSTR text(ReParse(node.value.View()));
-  programme.SetProgramText(&CProgram::description, text.View());
+  MSTR text;
+  AssignTo(text, ReParse(ViewOf(node.value)));
+  programme.SetProgramText(&CProgram::description, ViewOf(text));
   programme.description_id = text.Id();
 }
 
 void ReadPremiere(const MXML::NODE& node, Programme& programme) {
   programme.SetItemText(&CScheduleItem::premiere,
-                        node.value.IsEmpty() ? "Premiere" : node.value.View());
+                        node.value.length == 0 ? "Premiere" : ViewOf(node.value));
 }
 
 constexpr Element kProgrammeElements[] = {
@@ -200,9 +202,9 @@ bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicat
     CSafeNode node;
     MSTR actors;
     const bool complete = ForEachWholeChild(reader, root.name, node, status, [&] {
-      if (node.name == "channel") {
+      if (ViewOf(node.name) == "channel") {
         ImportChannel(node);
-      } else if (node.name == "programme") {
+      } else if (ViewOf(node.name) == "programme") {
         ImportProgramme(node, actors);
       }
     });
@@ -226,10 +228,10 @@ bool CXMLTVData::ImportProgramme(const MXML::NODE& node, MSTR& actors) {
   if (station == nullptr) return false;
   auto item = NewItem();
   auto program = NewProgram();
-  actors.Reset();
+  actors = "";
   Programme programme = {item, program, actors, no_text_id, no_text_id, no_text_id};
   ReadElements(kProgrammeElements, "", node, programme);
-  programme.SetProgramText(&CProgram::actors, actors.View());
+  programme.SetProgramText(&CProgram::actors, ViewOf(actors));
   SetProgramKey(programme);
   PrefetchProgram(program->key.View());
   item->start = ParseTime(TimeLayout::kDigits, AttributeValue(node, "start"));

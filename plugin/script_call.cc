@@ -2,10 +2,11 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <string_view>
+#include <memory>
 
 #include "host/mlog.h"
 #include "plugin/epg_browser_mss.h"
+#include "text/counted_text.h"
 
 using ORVANE::MLOG;
 using ORVANE::MLog;
@@ -63,9 +64,12 @@ bool CScriptCall::Push(std::int32_t value) {
 }
 
 bool CScriptCall::Push(const std::string& value) {
-  auto* const result = ORVANE::MSSSTRING::Allocate();
-  result->value = std::string_view(value);
-  exec_.Push(result);
+  struct GiveBack {
+    void operator()(ORVANE::MSSSTRING* unused) const { unused->Release(); }
+  };
+  std::unique_ptr<ORVANE::MSSSTRING, GiveBack> result(ORVANE::MSSSTRING::Allocate());
+  AssignTo(result->value, value);
+  exec_.Push(result.release());
   return true;
 }
 

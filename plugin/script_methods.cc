@@ -15,6 +15,7 @@
 #include "schedule/template.h"
 #include "schedule/time_value.h"
 #include "text/bad_alloc.h"
+#include "text/counted_text.h"
 
 using ORVANE::MSTR;
 
@@ -137,7 +138,7 @@ bool GetProgramData(CScriptCall& call) {
   const CScheduleItem* item = nullptr;
   const MSTR* text = nullptr;
   if (!FetchItem(call, item) || !call.FetchString(3, text)) return false;
-  return call.Push(item != nullptr ? ExpandTemplate(*item, text->View(), false) : std::string());
+  return call.Push(item != nullptr ? ExpandTemplate(*item, ViewOf(*text), false) : std::string());
 }
 
 struct Method {

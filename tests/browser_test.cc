@@ -13,6 +13,7 @@
 
 #include "browser/epg_browser.h"
 #include "browser/epg_loader_thread.h"
+#include "host/engine.h"
 #include "host/mlog.h"
 #include "platform/services.h"
 #include "tests/support/test_support.h"
@@ -34,14 +35,14 @@ bool Eventually(Condition condition) {
 class Browser : public testing::Test {
  protected:
   Browser() {
-    ORVANE::MLog.SetSink([this](auto, auto) { const std::lock_guard hold(gate_); });
+    ORVANE::SetLogSink([this](auto, auto) { const std::lock_guard hold(gate_); });
   }
   ~Browser() override {
     browser_.reset();
-    ORVANE::MLog.SetSink({});
+    ORVANE::SetLogSink({});
   }
 
-  void Init(const std::string& name) { browser_->InitSchedule("", "", std::string_view(name)); }
+  void Init(const std::string& name) { browser_->InitSchedule("", "", name.c_str()); }
   void AdoptLoad() {
     EXPECT_TRUE(Eventually([this] { return browser_->Think(10), !browser_->HasLoader(); }));
   }

@@ -22,6 +22,7 @@
 #include "host/engine.h"
 #include "plugin/entry_points.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
@@ -111,8 +112,8 @@ std::set<std::string> GoodFiles() {
 // Loads a file; its status text, or "" when there is a schedule.
 std::string Load(CEPGBrowser& browser, const std::string& path) {
   MSTR status;
-  browser.LoadSchedule(MSTR(path), status, nullptr);
-  return browser.Schedule() == nullptr ? std::string(status.View()) : "";
+  browser.LoadSchedule(MSTR(path.c_str()), status, nullptr);
+  return browser.Schedule() == nullptr ? std::string(ViewOf(status)) : "";
 }
 
 constexpr const char* kUnknown = "Can't identify content, don't know how to decode!";
@@ -121,7 +122,7 @@ TEST(MemoryRunsOut, AtAnyAllocationOfALoad) {
   CEPGBrowser browser;
   for (const std::string& path : GoodFiles()) {
     SCOPED_TRACE(path);
-    const MSTR name(path);
+    const MSTR name(path.c_str());
     ASSERT_EQ(Load(browser, path), "");
     const auto stations = browser.Schedule()->GetStationCount();
     int failed = 0;
@@ -139,9 +140,9 @@ TEST(MemoryRunsOut, AtAnyAllocationOfALoad) {
         loaded = browser.Schedule() != nullptr;
         if (!loaded) {
           ++failed;
-          EXPECT_TRUE(status == "bad allocation" || status == kUnknown ||
-                      status.View().substr(0, 19) == "Failed to open file")
-              << n << ": " << status.Text();
+          EXPECT_TRUE(ViewOf(status) == "bad allocation" || ViewOf(status) == kUnknown ||
+                      ViewOf(status).substr(0, 19) == "Failed to open file")
+              << n << ": " << status.text;
         }
         Load(browser, "/none");
       }
@@ -193,26 +194,26 @@ TEST(MemoryRunsOut, AtAnyAllocationOfACall) {
     const auto instance = ORVANE::CreateInstance("EPGBROWSER");
     ORVANE::Bind(*instance, browser.get());
     ASSERT_EQ(Load(dynamic_cast<CEPGBrowser&>(*browser), file.Path()), "");
-    ORVANE::MLog.SetSink([](ORVANE::MLOG::TYPE type, std::string_view text) {
-      if (type == ORVANE::MLOG::ERROR) logged[text.copy(logged, sizeof logged - 1)] = '\0';
+    ORVANE::SetLogSink([](ORVANE::ENTRY entry, std::string_view text) {
+      if (entry == ORVANE::ENTRY::Error) logged[text.copy(logged, sizeof logged - 1)] = '\0';
     });
     bool enough = false;
     int failed = 0;
     for (long n = 0; !enough; ++n) {
-      ORVANE::MSSEXEC call(instance.get(), "line");
+      ORVANE::CALL call(instance.get(), "line");
       call.AddArgument(0);
       call.AddArgument(0);
       call.AddArgument("$Title, [$Combination($Title)] and so on");
       logged[0] = '\0';
       allocations_left = n;
-      const bool done = ORVANE::CallMethod(call, "GetProgramData");
+      const bool done = call.Run("GetProgramData");
       enough = allocations_left >= 0;
       allocations_left = -1;
       if (!done) ++failed;
       EXPECT_STREQ(logged, done ? "" : "GetProgramData() : bad allocation");
     }
     EXPECT_GT(failed, 3);
-    ORVANE::MLog.SetSink({});
+    ORVANE::SetLogSink({});
   }
   Release();
 }
@@ -220,6 +221,7 @@ TEST(MemoryRunsOut, AtAnyAllocationOfACall) {
 TEST(MemoryRunsOut, AtAnyAllocationOfAnEntityAndItsLoad) {
   const epg_test::FakePlatform platform;  // keeps message boxes quiet
   Initialise();
+  const MSTR none("none");
   int refused = 0;
   bool enough = false;
   for (long n = 0; !enough; ++n) {
@@ -227,7 +229,7 @@ TEST(MemoryRunsOut, AtAnyAllocationOfAnEntityAndItsLoad) {
     const auto entity = ORVANE::CreateEntity("CEPGBrowser");
     auto* const browser = dynamic_cast<CEPGBrowser*>(entity.get());
     if (browser == nullptr) ++refused;
-    EXPECT_TRUE(browser == nullptr || browser->InitSchedule("", "", "none"));
+    EXPECT_TRUE(browser == nullptr || browser->InitSchedule(none, none, none));
     enough = allocations_left >= 0;
     allocations_left = -1;
   }
@@ -244,7 +246,7 @@ TEST(Reads, MayBeShortOrInterruptedOrFail) {
     for (const std::size_t length : {1U, 7U}) {
       longest_read = length;
       EXPECT_EQ(Load(browser, path), "");
-      EXPECT_EQ(browser.Schedule()->GetStatistics(), statistics);
+      EXPECT_EQ(ViewOf(browser.Schedule()->GetStatistics()), ViewOf(statistics));
     }
     bool enough = false;
     for (long n = 0; !enough; ++n) {
@@ -276,8 +278,8 @@ TEST(Unloading, EmptiesTheModuleHolderBeforeThePool) {
   auto plugin = ORVANE::PLUGIN::Load(EPG_MODULE, error);
   ASSERT_NE(plugin, nullptr) << error;
   plugin->Initialise();
-  watched = ORVANE::MSSMODULE::Find("EPGBROWSER");  // outlives the library without a Release
-  static_cast<void>(ORVANE::CreateInstance("EPGBROWSER").release());
+  // The module outlives the library without a Release.
+  watched = ORVANE::CreateInstance("EPGBROWSER").release()->Module();
   EXPECT_EQ(watched->RefCount(), 2);
   plugin.reset();
   EXPECT_EQ(watched_references, 0);

@@ -9,11 +9,13 @@
 #include <string_view>
 #include <utility>
 
+#include "host/engine.h"
 #include "import/dm_data.h"
 #include "import/import_driver.h"
 #include "import/progress_indicator.h"
 #include "import/rt_data.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
@@ -33,8 +35,8 @@ class FormatsImport : public testing::Test {
     file_.Write(content);
     MSTR status;
     const bool result = ((*store_).*importer)(file_.Name(), status, &progress_);
-    status.Replace(file_.Path(), "FILE");
-    return (result ? "true " : "false ") + std::string(status.View());
+    status.Replace(file_.Path().c_str(), "FILE");
+    return (result ? "true " : "false ") + std::string(ViewOf(status));
   }
   template <typename Store>
   std::string Import(std::string_view content) {
@@ -47,7 +49,7 @@ class FormatsImport : public testing::Test {
     MSTR file;
     file.Format("<?xml?><%s xmlns='%s'>%s</%s>", root, name_space, content.c_str(), root);
     store_ = std::make_shared<CDMData>();
-    return ImportMore(file.View(), &CProviderData::LoadCacheXML);
+    return ImportMore(ViewOf(file), &CProviderData::LoadCacheXML);
   }
 
   // "key|network|call sign|channels: start-end title, ..." of every station, a line each.
@@ -55,28 +57,28 @@ class FormatsImport : public testing::Test {
     MSTR text;
     for (std::int32_t i = 0; i < store_->GetStationCount(); ++i) {
       const CStation& s = *store_->GetStation(i);
-      text.Format("%s%s|%s|%s|%i|%i|%i:", text.Text(), s.key.Characters(), s.network.Characters(),
+      text.Format("%s%s|%s|%s|%i|%i|%i:", text.text, s.key.Characters(), s.network.Characters(),
                   s.call_sign.Characters(), s.rf_channel, s.second_channel, s.third_channel);
       for (std::int32_t k = 0; k < s.GetProgramCount(); ++k) {
         const CScheduleItem& item = *s.GetProgram(k);
-        text.Format("%s %i-%i %s", text.Text(), item.start - times_from, item.end - times_from,
+        text.Format("%s %i-%i %s", text.text, item.start - times_from, item.end - times_from,
                     item.program != nullptr ? item.program->title.Characters() : "none");
       }
       text += '\n';
     }
-    return std::string(text.View());
+    return std::string(ViewOf(text));
   }
 
   // Kind of the schedule that the driver makes, status text and log, one to a line.
   std::string Drive(const std::string& path) {
     MSTR status = "left from the last load";
     Progress progress;
-    const auto store = ImportEPGFile(std::string_view(path), status, &progress);
+    const auto store = ImportEPGFile(path.c_str(), status, &progress);
     MSTR report = store != nullptr ? std::to_string(static_cast<int>(store->Kind())).c_str() : "-";
-    (report += progress.Range() > 0 ? ", with progress\n" : "\n") += status.View();
-    for (const std::string& entry : log_.Take()) report += '\n' + entry;
-    report.Replace(path, "FILE");
-    return std::string(report.View());
+    (report += progress.Range() > 0 ? ", with progress\n" : "\n") += status;
+    for (const std::string& entry : log_.Take()) report += ('\n' + entry).c_str();
+    report.Replace(path.c_str(), "FILE");
+    return std::string(ViewOf(report));
   }
 
   epg_test::FakePlatform platform_;
@@ -144,10 +146,10 @@ constexpr std::string_view kTitan = R"(<!DOCTYPE x><x><ProgramDataCollection>
 <i><station_id>1</station_id><start_time>90</start_time></i></Schedules>
 </ProgramData></ProgramDataCollection></x>)";
 
-std::string TitanWith(std::string_view part, std::string_view replacement) {
-  MSTR document = kTitan;
+std::string TitanWith(const char* part, const char* replacement) {
+  MSTR document = kTitan.data();
   document.Replace(part, replacement);
-  return std::string(document.View());
+  return std::string(ViewOf(document));
 }
 
 TEST_F(FormatsImport, TitanDocumentsFillAStoreOfOneProvider) {
@@ -167,7 +169,7 @@ TEST_F(FormatsImport, TitanDocumentsFillAStoreOfOneProvider) {
 TEST_F(FormatsImport, TitanDocumentsFailWithTheirReason) {
   for (const std::string name : {"ProgramDataCollection", "ErrorCode", "ProgramData", "BaseTime",
                                  "Stations", "Programs", "Schedules"}) {
-    EXPECT_EQ(Import<CDMData>(TitanWith(name + '>', "x>")),
+    EXPECT_EQ(Import<CDMData>(TitanWith((name + '>').c_str(), "x>")),
               "false Container '" + name + "' not found.");
   }
   const char* const rows[][3] = {
@@ -292,14 +294,14 @@ TEST_F(ImportDriver, FailsWhenTheFileIsGoneAtTheSecondOpen) {
        {"x", "x generator-info-name='XMLTV'", "x xmlns='http://www.norvex.example'"}) {
     file_.Write("<" + root + "></x>");
     std::string reason;
-    ORVANE::MLog.SetSink([&](auto, std::string_view text) {
+    ORVANE::SetLogSink([&](auto, std::string_view text) {
       std::filesystem::remove(file_.Path());
       reason = text.substr(text.find('[') + 1);
     });
     MSTR status;
     EXPECT_EQ(nullptr, ImportEPGFile(file_.Name(), status, nullptr)) << root;
     EXPECT_EQ("Failed to open file &quot;" + file_.Path() + "&quot;.]", reason) << root;
-    EXPECT_EQ("Can't identify content, don't know how to decode!", status);
+    EXPECT_EQ("Can't identify content, don't know how to decode!", ViewOf(status));
   }
 }
 

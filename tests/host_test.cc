@@ -10,6 +10,7 @@
 #include "host/mstrm.h"
 #include "host/mthread.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
@@ -21,18 +22,15 @@ TEST(Mstr, TakesPartsOfItself) {
   for (std::size_t size = 0; size <= 600; ++size) {  // output of 512 bytes is long
     const std::string whole = std::string(size / 2, 'a') + std::string(size - size / 2, 'b');
     const std::string part = whole.substr(size / 3);
-    MSTR text(whole);
-    std::vector<std::uint64_t> storage(MSTR::PlacedBytes(size) / 8);
-    if (size % 2 == 1) text = MSTR::Placed(whole, storage.data());
-    if (size % 4 == 3) text.Reserve(8);
-    text.Append(text.View().substr(size / 3));
-    EXPECT_EQ(whole + part, text.View());
-    text.Assign(text.View().substr(size / 3));
-    EXPECT_STREQ((part + part).c_str(), text.Text());
-    text.Format("%s%s", text.Text() + part.size(), text.Text());
-    EXPECT_EQ(part + part + part, text.View());
+    MSTR text(whole.c_str());
+    text += text.text + size / 3;
+    EXPECT_EQ(whole + part, ViewOf(text));
+    text = text.text + size / 3;
+    EXPECT_EQ(part + part, text.text);
+    text.Format("%s%s", text.text + part.size(), text.text);
+    EXPECT_EQ(part + part + part, ViewOf(text));
     text.Format("%s", whole.c_str());
-    EXPECT_EQ(whole, text.View());
+    EXPECT_EQ(whole, ViewOf(text));
   }
 }
 
@@ -40,25 +38,26 @@ TEST(Mstr, SumsOfIdsStayApart) {
   std::set<std::uint32_t> sums;
   for (int i = 0; i < 90'000; ++i) {
     MSTR station("channel-");  // put together, its storage differs from a copy's
-    station += std::to_string(100 + i % 300);
+    station += std::to_string(100 + i % 300).c_str();
     ASSERT_EQ(MSTR(station).Id(), station.Id());
-    sums.insert(MSTR("Programme title " + std::to_string(100 + i / 300)).Id() + station.Id());
+    sums.insert(MSTR(("Programme title " + std::to_string(100 + i / 300)).c_str()).Id() +
+                station.Id());
   }
   EXPECT_GE(sums.size(), 90'000u - 8);  // chance alone makes about one meet another
   for (std::string text = "a"; text.size() <= 40; text += 'a') {
-    const std::uint32_t id = MSTR(text).Id();
+    const std::uint32_t id = MSTR(text.c_str()).Id();
     text.back() = 'b';
-    EXPECT_NE(id, MSTR(text).Id()) << text;
+    EXPECT_NE(id, MSTR(text.c_str()).Id()) << text;
   }
 }
 
 // An element as "name@attribute=value{text, then children}".
 std::string Dump(const MXML::NODE& node) {
-  std::string text(node.name.View());
+  std::string text(ViewOf(node.name));
   for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
-    text.append("@").append(each->name.View()).append("=").append(each->value.View());
+    text.append("@").append(ViewOf(each->name)).append("=").append(ViewOf(each->value));
   }
-  text.append("{").append(node.value.View());
+  text.append("{").append(ViewOf(node.value));
   for (auto* each = node.first_child; each != nullptr; each = each->next_sibling)
     text += Dump(*each);
   return text + '}';
@@ -84,7 +83,7 @@ TEST(Mxml, KeepsTextsAsTheyStandAndNothingOfAMalformedDocument) {
   for (const auto& [text, dump] : rows) {
     document.Load(TempFile(text).Name());
     EXPECT_EQ(dump, Dump(document.Root())) << text;
-    EXPECT_EQ(dump == "{}" ? "" : text, document.LoadedText().View());
+    EXPECT_EQ(dump == "{}" ? "" : text, ViewOf(document.LoadedText()));
   }
 }
 
@@ -155,16 +154,21 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
 }
 
 TEST(Threads, LogOnWhenASinkThrows) {
+  struct Worker final : MTHREAD {
+    Worker() : MTHREAD(0) {}
+    void Run() override {
+      for (int i = 0; i < 200; ++i) ORVANE::MLog.Log("%i", i);
+    }
+  };
   int entries = 0;
-  ORVANE::MLog.SetSink([&entries](auto, std::string_view text) {
+  SetLogSink([&entries](auto, std::string_view text) {
     if (text == "100") throw std::bad_alloc();
     ++entries;
   });
-  {
-    ORVANE::MLOG::BACKGROUND background;
-    for (int i = 0; i < 200; ++i) ORVANE::MLog.Log("%i", i);
-  }
-  ORVANE::MLog.SetSink({});
+  Worker worker;
+  worker.Start();
+  while (worker.Active()) std::this_thread::yield();
+  SetLogSink({});
   EXPECT_EQ(199, entries);
 }
 

@@ -12,6 +12,7 @@
 
 #include "import/import_driver.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ std::string Import(const std::string& content) {
   epg_test::LogCapture log;
   MSTR status;
   const auto store = ImportEPGFile(file.Name(), status, nullptr);
-  if (store != nullptr) return std::string(store->GetStatistics().View());
+  if (store != nullptr) return std::string(ViewOf(store->GetStatistics()));
   const std::string last = log.Take().back();
   return last.substr(last.find('[') + 1, last.rfind(']') - last.find('[') - 1);
 }
@@ -109,7 +110,7 @@ TEST(HostileFile, EndsAnywhere) {
       cut.Write(std::string_view(whole).substr(0, size));
       ASSERT_EQ(ImportEPGFile(cut.Name(), status, nullptr) != nullptr, size >= end) << size;
       if (size >= end) continue;
-      ASSERT_EQ(status, "Can't identify content, don't know how to decode!");
+      ASSERT_EQ(ViewOf(status), "Can't identify content, don't know how to decode!");
     }
   }
 }

@@ -14,18 +14,18 @@ namespace {
 
 std::int32_t Ask(ORVANE::MSSINSTANCE& instance, const char* method,
                  const std::vector<std::int32_t>& arguments = {}) {
-  ORVANE::MSSEXEC call(&instance, "test");
+  ORVANE::CALL call(&instance, "test");
   for (const std::int32_t argument : arguments) call.AddArgument(argument);
-  EXPECT_TRUE(ORVANE::CallMethod(call, method));
+  EXPECT_TRUE(call.Run(method));
   return dynamic_cast<const ORVANE::MSSINTEGER&>(*call.Result()).value;
 }
 
 struct BoundBrowser {
   BoundBrowser() { ORVANE::Bind(*instance, entity.get()); }
   void Load() {
-    ORVANE::MSSEXEC call(instance.get(), "test");
+    ORVANE::CALL call(instance.get(), "test");
     for (const char* const text : {"", "", EPG_SOURCE_DIR "/samples/week"}) call.AddArgument(text);
-    EXPECT_TRUE(ORVANE::CallMethod(call, "InitSchedule"));
+    EXPECT_TRUE(call.Run("InitSchedule"));
   }
   const ORVANE::ENTITYPTR entity = ORVANE::CreateEntity("CEPGBrowser");
   const ORVANE::INSTANCEPTR instance = ORVANE::CreateInstance("EPGBROWSER");
@@ -62,18 +62,17 @@ TEST(PluginLife, AHundredLivesWithTwoBrowsersLoadingAtOnceUnderQueries) {
 }
 
 TEST(PluginLife, UnloadingTakesItsNamesAlong) {
-  const auto known = [](const char* name) { return ORVANE::MOBJ::SREC::Find(name) != nullptr; };
   std::string error;
   auto plugin = ORVANE::PLUGIN::Load(EPG_MODULE, error);
   ASSERT_NE(plugin, nullptr) << error;
-  EXPECT_TRUE(known("CEPGBrowser"));
+  EXPECT_TRUE(ORVANE::HasClass("CEPGBrowser"));
   plugin->Initialise();
-  EXPECT_NE(ORVANE::MSSMODULE::Find("EPGBROWSER"), nullptr);
+  EXPECT_NE(ORVANE::DescribeModule("EPGBROWSER"), nullptr);
   plugin->Release();
-  EXPECT_EQ(ORVANE::MSSMODULE::Find("EPGBROWSER"), nullptr);
+  EXPECT_EQ(ORVANE::DescribeModule("EPGBROWSER"), nullptr);
   plugin.reset();
   for (const char* const name : {"CEPGBrowser", "CEPGBrowser::MSS", "CEPGBrowser::CREATEPARAMS"})
-    EXPECT_FALSE(known(name)) << name;
+    EXPECT_FALSE(ORVANE::HasClass(name)) << name;
 }
 
 }  // namespace

@@ -19,13 +19,13 @@
 #include "plugin/epg_browser_mss.h"
 #include "schedule/fields.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
 using epg_test::At;
 using ORVANE::INSTANCEPTR;
 using ORVANE::MSSINSTANCE;
-using ORVANE::MSSMODULE;
 using testing::ElementsAre;
 using Arguments = std::vector<std::variant<std::int32_t, const char*>>;
 using Instances = std::vector<INSTANCEPTR>;
@@ -69,12 +69,12 @@ class ScriptMethods : public testing::Test {
     return Call(instance_.get(), method, arguments);
   }
   std::string Call(MSSINSTANCE* self, const std::string& method, const Arguments& arguments) {
-    ORVANE::MSSEXEC call(self, "guide.mss:7");
+    ORVANE::CALL call(self, "guide.mss:7");
     for (const auto& argument : arguments) {
       std::visit([&](const auto& value) { call.AddArgument(value); }, argument);
     }
     log_.Take();
-    if (!instance_->FindMethod(method.c_str())->function(&call)) {
+    if (!call.Run("EPGBROWSER", method.c_str())) {
       EXPECT_EQ(nullptr, call.Result());
       const std::vector<std::string> log = log_.Take();
       const std::string prefix = "error: " + method + "() : ";
@@ -85,7 +85,7 @@ class ScriptMethods : public testing::Test {
     const auto* const number = dynamic_cast<const ORVANE::MSSINTEGER*>(call.Result());
     if (number != nullptr) return std::to_string(number->value);
     const ORVANE::MSTR& text = dynamic_cast<const ORVANE::MSSSTRING&>(*call.Result()).value;
-    return std::string("'").append(text.View()).append("'");
+    return std::string("'").append(ViewOf(text)).append("'");
   }
   void Load() {
     EXPECT_EQ("ok", Call("InitSchedule", {"", "", stem_.c_str()}));
@@ -177,9 +177,10 @@ TEST_F(ScriptMethods, SayWhatIsWrongWithTheInstance) {
       {taken[1].get(), "'this' is a NULL"},
       {taken[2].get(), "'this' is a NULL"},
   };
-  for (int i = 0; const auto* const method = instance_->FindMethod(i); ++i) {
-    const std::string name(method->name.View());
-    for (const auto& [self, text] : rows) EXPECT_EQ(text, Call(self, name, {})) << name;
+  const auto module = ORVANE::DescribeModule("EPGBROWSER");
+  for (const ORVANE::METHODINFO& method : module->methods) {
+    for (const auto& [self, text] : rows)
+      EXPECT_EQ(text, Call(self, method.name, {})) << method.name;
   }
 }
 
@@ -212,7 +213,7 @@ TEST_F(ScriptMethods, WaitForALoadAndCountNoScheduleAsEmpty) {
 class InstancePool : public testing::Test {
  protected:
   ~InstancePool() override { Release(); }
-  MSSMODULE* const module_ = (Initialise(), MSSMODULE::Find("EPGBROWSER"));
+  ORVANE::MREFOBJ* const module_ = (Initialise(), Take(1)[0]->Module());
 };
 
 TEST_F(InstancePool, HandsOutTheLastInstanceGivenBackFirst) {
@@ -246,10 +247,11 @@ TEST_F(InstancePool, CopiesCarryBindingAndModule) {
 using ScriptModule = InstancePool;
 
 TEST_F(ScriptModule, TellsTheEngineItsMethodsParentAndFlags) {
-  ORVANE::MSTR methods;
-  for (int i = 0; const auto* const method = module_->FindMethod(i); ++i) {
-    methods.Format("%s%s %i %i %i, ", methods.Text(), method->name.Text(), method->minimum_locals,
-                   method->maximum_locals, method->stack);
+  const auto module = ORVANE::DescribeModule("EPGBROWSER");
+  std::ostringstream methods;
+  for (const ORVANE::METHODINFO& method : module->methods) {
+    methods << method.name << ' ' << method.minimum_locals << ' ' << method.maximum_locals << ' '
+            << method.stack << ", ";
   }
   EXPECT_EQ(
       "InitSchedule 4 4 6, GetReady 1 1 3, GetStationCount 1 1 3, GetStationId 2 2 4, "
@@ -257,26 +259,22 @@ TEST_F(ScriptModule, TellsTheEngineItsMethodsParentAndFlags) {
       "ConvertLocalTime2String 3 3 5, GetFirstProgram4Time 4 4 6, GetProgramStartTime 3 3 5, "
       "GetProgramEndTime 3 3 5, GetProgramName 3 3 5, GetProgramCount 2 2 4, "
       "GetProgramData 4 4 6, ",
-      methods.View());
-  struct Inside : MSSMODULE {
-    using MSSMODULE::flags_, MSSMODULE::parent_;
-  };
-  EXPECT_EQ(3U, module_->*&Inside::flags_);
-  EXPECT_EQ(ORVANE::ENTITY::MSS::MODULE::_Module.Get(), (module_->*&Inside::parent_).Get());
+      methods.str());
+  EXPECT_EQ(3U, module->flags);
+  EXPECT_EQ("ENTITY", module->parent);
 }
 
 TEST_F(ScriptModule, ClassRecordsMakeObjectsOfTheirClass) {
-  const auto make = [](const char* name) {
-    const ORVANE::MOBJ::SREC* const record = ORVANE::MOBJ::SREC::Find(name);
-    std::unique_ptr<ORVANE::MOBJ, ORVANE::RELEASE> object(record->Create());
-    EXPECT_EQ(record, object->_GetSerializeRecord()) << name;
+  const auto make = [](const char* name, const ORVANE::MOBJ::SREC& record) {
+    ORVANE::OBJECTPTR object = ORVANE::CreateObject(name);
+    EXPECT_EQ(&record, object->_GetSerializeRecord()) << name;
     return object;
   };
-  const auto browser = make("CEPGBrowser");
+  const auto browser = make("CEPGBrowser", CEPGBrowser::_Record);
   EXPECT_FALSE(dynamic_cast<CEPGBrowser&>(*browser).HasLoader());
-  const auto instance = make("CEPGBrowser::MSS");
+  const auto instance = make("CEPGBrowser::MSS", CEPGBrowser::MSS::_Record);
   EXPECT_EQ(module_, dynamic_cast<CEPGBrowser::MSS&>(*instance).Module());
-  const auto params = make("CEPGBrowser::CREATEPARAMS");
+  const auto params = make("CEPGBrowser::CREATEPARAMS", CEPGBrowser::CREATEPARAMS::_Record);
   EXPECT_NE(nullptr, dynamic_cast<ORVANE::ENTITY::CREATEPARAMS*>(params.get()));
 }
 
@@ -286,11 +284,11 @@ TEST(EntryPoints, WarnOfReferencesToItsModuleAlone) {
     Initialise();
     Instances left = Take(300);
     Initialise();
-    EXPECT_EQ(MSSMODULE::Find("EPGBROWSER"), left[0]->Module());
-    if (referenced) MSSMODULE::Find("EPGBROWSER")->AddRef();
+    EXPECT_EQ(Take(1)[0]->Module(), left[0]->Module());
+    if (referenced) left[0]->Module()->AddRef();
     for (INSTANCEPTR& instance : left) static_cast<void>(instance.release());
     Release();
-    EXPECT_EQ(nullptr, MSSMODULE::Find("EPGBROWSER"));
+    EXPECT_EQ(nullptr, ORVANE::DescribeModule("EPGBROWSER"));
     std::vector<std::string> expected = {"notice: EPGBROWSER DLL Starting",
                                          "notice: EPGBROWSER DLL Starting",
                                          "notice: EPGBROWSER plug-in Releasing"};

@@ -16,6 +16,7 @@
 
 #include "schedule/provider_data.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 
 namespace {
 
@@ -165,7 +166,7 @@ TEST(FindFirstProgram, AnswersAroundAGap) {
 TEST(ProviderData, KeepsOneRecordForEachKey) {
   CProviderData store;
   for (int round = 0; round < 2; ++round) {  // again after Clear
-    EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", store.GetStatistics().View());
+    EXPECT_EQ("Stations: 0   Programmes: 0   Schedule Items: 0", ViewOf(store.GetStatistics()));
     for (const char* const key : {"empty", "one", "One", "one", "two"}) {
       auto station = std::make_unique<CStation>();
       auto program = store.NewProgram();
@@ -182,7 +183,7 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
     std::pair<Time, Time> range;
     store.GetTimeRange(range.first, range.second);
     EXPECT_EQ((std::pair{500, 2000}), range);
-    EXPECT_EQ("Stations: 4   Programmes: 4   Schedule Items: 3", store.GetStatistics().View());
+    EXPECT_EQ("Stations: 4   Programmes: 4   Schedule Items: 3", ViewOf(store.GetStatistics()));
     store.Clear();
   }
 }

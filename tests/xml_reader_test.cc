@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 #include "text/entities.h"
 #include "xml/simple_xml_reader.h"
 
@@ -12,14 +13,14 @@ using epg_test::TempFile;
 
 // A node as "name@attribute:value{text}(children)", what it lacks left out.
 std::string Dump(const ORVANE::MXML::NODE& node) {
-  std::string text(node.name.View()), children;
+  std::string text(ViewOf(node.name)), children;
   for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
-    text.append("@").append(each->name.View()).append(":").append(each->value.View());
+    text.append("@").append(ViewOf(each->name)).append(":").append(ViewOf(each->value));
   }
   for (const auto* each = node.first_child; each != nullptr; each = each->next_sibling) {
     children += (children.empty() ? "" : " ") + Dump(*each);
   }
-  if (!node.value.IsEmpty()) text.append("{").append(node.value.View()).append("}");
+  if (node.value.length != 0) text.append("{").append(ViewOf(node.value)).append("}");
   return children.empty() ? text : text + '(' + children + ')';
 }
 
@@ -99,8 +100,9 @@ TEST(ReadElement, KeepsTextsOfAnyLengthAcrossTheStreamsWindow) {
   }
   for (const std::size_t length : {255u, 256u, 257u, 511u, 512u, 513u, 1024u, 1025u, 70'000u}) {
     ORVANE::MSTR bytes("<N b='N'>N&N;</N>"), units("-N@b:N{N} !+");
-    for (ORVANE::MSTR* text : {&bytes, &units}) text->Replace("N", std::string(length, 'n'));
-    EXPECT_EQ(units.View(), Units(bytes.View()));
+    for (ORVANE::MSTR* text : {&bytes, &units})
+      text->Replace("N", std::string(length, 'n').c_str());
+    EXPECT_EQ(ViewOf(units), Units(ViewOf(bytes)));
   }
 }
 
@@ -118,7 +120,7 @@ std::string Walk(std::string_view bytes) {
   } else if (reader.ReadChildren(root, error)) {
     error = "whole";
   }
-  return std::string(error.View()) + " | " + Dump(root) + " | " + Read(reader, next);
+  return std::string(ViewOf(error)) + " | " + Dump(root) + " | " + Read(reader, next);
 }
 
 TEST(Walk, EndsWhereTheFileSays) {
@@ -141,10 +143,10 @@ TEST(Walk, EndsWhereTheFileSays) {
 }
 
 TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
-  ORVANE::MSTR opened(std::string(1'000'000, 'o')), closed = opened;
+  ORVANE::MSTR opened(std::string(1'000'000, 'o').c_str()), closed = opened;
   opened.Replace("o", "<a>");
   closed.Replace("o", "</a>");
-  const TempFile file(std::string(opened.View()).append(closed.View()));
+  const TempFile file(std::string(ViewOf(opened)).append(ViewOf(closed)));
   CSimpleXMLReader reader;
   ASSERT_TRUE(reader.Open(file.Name(), true, false, true));
   CSafeNode root;
@@ -154,8 +156,8 @@ TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
   for (const ORVANE::MXML::NODE* node = &root; node != nullptr; node = node->first_child) ++depth;
   EXPECT_EQ(1'000'000, depth);
   root.FreeChildren();
-  EXPECT_EQ("Premature end of file. | a | !+", Walk(opened.View()));
-  EXPECT_EQ("!+", Units(std::string("&").append(opened.View())));
+  EXPECT_EQ("Premature end of file. | a | !+", Walk(ViewOf(opened)));
+  EXPECT_EQ("!+", Units(std::string("&").append(ViewOf(opened))));
 }
 
 TEST(XmlEscape, EscapesFiveCharacters) {

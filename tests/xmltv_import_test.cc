@@ -15,6 +15,7 @@
 #include "import/record_readers.h"
 #include "import/reparse.h"
 #include "tests/support/test_support.h"
+#include "text/counted_text.h"
 #include "xml/safe_node.h"
 
 namespace {
@@ -59,10 +60,10 @@ class XmltvImport : public testing::Test {
     EXPECT_EQ(store_->GetStationCount() > 0 && progress.Position() == progress.Range(), result);
     EXPECT_TRUE(std::cmp_equal(content.size(), progress.Range()));
     MSTR report;
-    for (const std::string& entry : log_.Take()) report += entry + '\n';
+    for (const std::string& entry : log_.Take()) report += (entry + '\n').c_str();
     report += status;
-    report.Replace(file_.Path(), "FILE");
-    return std::string(report.View());
+    report.Replace(file_.Path().c_str(), "FILE");
+    return std::string(ViewOf(report));
   }
   std::string ImportElements(const std::string& elements) {
     return Import("<tv><channel id='a'/><channel id='b'/>" + elements + "</tv>");
@@ -118,7 +119,7 @@ TEST_F(XmltvImport, ReadsProgrammeElements) {
 TEST_F(XmltvImport, SharesProgrammesOfOneText) {
   std::string title = "T";
   const auto sum = [&] {
-    return MSTR(title).Id() + MSTR("S").Id() + MSTR("D").Id() + MSTR("Bob").Id();
+    return MSTR(title.c_str()).Id() + MSTR("S").Id() + MSTR("D").Id() + MSTR("Bob").Id();
   };
   while (sum() >= 0x1000000) title += '.';  // until the key has no more than six digits
   const std::string same = "<sub-title>S</sub-title><desc>D</desc><title>" + title + "</title>";
@@ -134,8 +135,8 @@ TEST_F(XmltvImport, SharesProgrammesOfOneText) {
   EXPECT_EQ(texts + "Actors=Bob", Describe(Item(1, 1)));
   MSTR key;
   key.Format("X%X", sum());
-  EXPECT_EQ(key, Item(1, 1).program_key.View());
-  EXPECT_EQ(Item(1, 1).program, store_->FindProgram(key.View()));
+  EXPECT_EQ(ViewOf(key), Item(1, 1).program_key.View());
+  EXPECT_EQ(Item(1, 1).program, store_->FindProgram(ViewOf(key)));
 }
 
 TEST_F(XmltvImport, DropsWhatItCannotFile) {
@@ -148,7 +149,7 @@ TEST_F(XmltvImport, DropsWhatItCannotFile) {
       "<programme channel='c' start='20070205143000 +0100' stop='200702051159'/>"
       "<programme channel='c' start='20070205133059'><title>same minute</title></programme>"
       "<programme start='2007' stop='2007'><title>no channel</title></programme>");
-  EXPECT_EQ("Stations: 4   Programmes: 3   Schedule Items: 2", store_->GetStatistics());
+  EXPECT_EQ("Stations: 4   Programmes: 3   Schedule Items: 2", ViewOf(store_->GetStatistics()));
   EXPECT_EQ("C/1", store_->FindStation("c")->GetLabel());
   EXPECT_EQ(At("2007-02-05 13:30"), Item(2, 0).start);
   EXPECT_EQ(At("2007-02-06 11:59"), Item(2, 0).end);
@@ -192,9 +193,10 @@ std::unique_ptr<CSafeNode> Element(const char* children) {
   auto node = std::make_unique<CSafeNode>();
   std::istringstream words(children);
   for (std::string word; words >> word;) {
-    node->AddNode(new CSafeNode);
-    node->last_child->name = std::string_view(word).substr(0, word.find('='));
-    node->last_child->value = std::string_view(word).substr(word.find('=') + 1);
+    auto child = std::make_unique<CSafeNode>();
+    child->name = word.substr(0, word.find('=')).c_str();
+    child->value = word.substr(word.find('=') + 1).c_str();
+    node->AddNode(child.release());
   }
   return node;
 }
@@ -230,7 +232,7 @@ TEST(RecordReaders, FollowTheDialect) {
     text.Format("%s|%s|%s|%i|%i|%i; %s; %i to %i, %s; ", s.key.Characters(), s.network.Characters(),
                 s.call_sign.Characters(), s.rf_channel, s.second_channel, s.third_channel,
                 program->key.Characters(), item->start, item->end, item->program_key.Characters());
-    EXPECT_EQ(expected, std::string(text.View()) + Describe(*item));
+    EXPECT_EQ(expected, std::string(ViewOf(text)) + Describe(*item));
   }
 }
 

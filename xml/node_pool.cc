@@ -14,7 +14,7 @@ constexpr std::size_t kLongestKept = 4096;
 
 template <typename Part>
 bool IsSmall(const Part& part) {
-  return part.name.Length() <= kLongestKept && part.value.Length() <= kLongestKept;
+  return part.name.length <= kLongestKept && part.value.length <= kLongestKept;
 }
 
 void DeleteList(MXML::ATTRIB* first) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "text/counted_text.h"
+
 using ORVANE::MXML;
 
 CSafeNode* UnlinkFirst(MXML::NODE*& first) {
@@ -27,11 +29,11 @@ void CSafeNode::FreeChildren() {
 
 const MXML::ATTRIB* FindAttribute(const MXML::NODE& node, std::string_view name) {
   const MXML::ATTRIB* attribute = node.first_attribute;
-  while (attribute != nullptr && !(attribute->name == name)) attribute = attribute->next;
+  while (attribute != nullptr && ViewOf(attribute->name) != name) attribute = attribute->next;
   return attribute;
 }
 
 std::string_view AttributeValue(const MXML::NODE& node, std::string_view name) {
   const MXML::ATTRIB* const attribute = FindAttribute(node, name);
-  return attribute != nullptr ? attribute->value.View() : std::string_view("");
+  return attribute != nullptr ? ViewOf(attribute->value) : std::string_view("");
 }

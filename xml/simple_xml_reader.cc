@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <string>
 #include <utility>
 
 #include "text/bad_alloc.h"
+#include "text/counted_text.h"
 #include "text/entities.h"
 #include "text/letters.h"
 #include "xml/marks.h"
@@ -41,54 +41,69 @@ class CEntityName {
   std::size_t length_ = 0;
 };
 
-// Names come again and again: a node that is used again often has the right one.
-void SetName(MSTR& name, std::string_view value) {
-  if (name.View() != value) name = value;
+// Makes `text` the characters of [begin, end), at whose end a byte may be written: it is a NUL for
+// the time being, so that the engine can copy them from where they stand.
+void Assign(MSTR& text, char* begin, char* end) {
+  const char behind = std::exchange(*end, '\0');
+  AssignTo(text, begin, static_cast<std::size_t>(end - begin));
+  *end = behind;
 }
 
-// An attribute's value is its token without any quotes, interior ones too.
-void SetValue(MXML::ATTRIB& attribute, std::string_view token, std::size_t quotes) {
-  if (quotes == 2 && Quotes::Contains(token.front()) && Quotes::Contains(token.back())) {
-    attribute.value = token.substr(1, token.size() - 2);
-    return;
-  }
-  std::string unquoted;
-  std::remove_copy_if(token.begin(), token.end(), std::back_inserter(unquoted), Quotes::Contains);
-  attribute.value = std::string_view(unquoted);
+// Names come again and again: a node that is used again often has the right one.
+void AssignName(MSTR& name, char* begin, char* end) {
+  if (ViewOf(name) != std::string_view(begin, end)) Assign(name, begin, end);
+}
+
+void Clear(MSTR& text) {
+  if (text.length != 0) text = "";
 }
 
 // Cuts a tag's text at blanks and '=' outside quotes.
 class CTokens {
  public:
-  explicit CTokens(std::string_view tag) : next_(tag.data()), end_(tag.data() + tag.size()) {}
+  struct Token {
+    char* begin;
+    char* end;
+    std::size_t quotes;  // in it
+  };
+
+  CTokens(char* begin, char* end) : next_(begin), end_(end) {}
 
   bool AtEnd() const { return at_end_; }
 
-  // The next token, with the number of quotes in it. There is always one more than there are cuts:
-  // a second blank, or one before the end, makes an empty token.
-  std::string_view Next(std::size_t& quotes) {
-    const char* const begin = next_;
-    quotes = 0;
+  // There is always one token more than there are cuts: a second blank, or one before the end,
+  // makes an empty one.
+  Token Next() {
+    Token token = {next_, nullptr, 0};
     for (;;) {
       next_ = TokenMarks::Find(next_, end_);
       if (next_ == end_ || !Quotes::Contains(*next_)) break;
-      ++quotes;
+      ++token.quotes;
       next_ = Quotes::Find(next_ + 1, end_);
       if (next_ == end_) break;
-      ++quotes;
+      ++token.quotes;
       ++next_;
     }
-    const std::string_view token(begin, static_cast<std::size_t>(next_ - begin));
+    token.end = next_;
     at_end_ = next_ == end_;
     if (!at_end_) ++next_;
     return token;
   }
 
  private:
-  const char* next_;
-  const char* const end_;
+  char* next_;
+  char* const end_;
   bool at_end_ = false;
 };
+
+// An attribute's value is its token without any quotes, interior ones too.
+void AssignValue(MSTR& value, const CTokens::Token& token) {
+  if (token.quotes == 2 && Quotes::Contains(*token.begin) && Quotes::Contains(token.end[-1])) {
+    Assign(value, token.begin + 1, token.end - 1);
+  } else {
+    Assign(value, token.begin, std::remove_if(token.begin, token.end, Quotes::Contains));
+  }
+}
 
 }  // namespace
 
@@ -170,7 +185,7 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
       continue;
     }
     if (keep) {
-      node.value = Text();
+      Assign(node.value, text_begin_, text_end_);
       unit.valued = true;
     }
     BeginText();
@@ -180,7 +195,7 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
       if (c == '<') {
         unit.markup = true;
         if (brackets == 1 && !unit.valued) {
-          node.value = std::string_view();
+          Clear(node.value);
           unit.valued = true;
         }
         ++brackets;
@@ -217,10 +232,10 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
       if (c == kEnd) return false;
     }
     if (!unit.parsed) {
-      ParseTag(node, Text());
+      CutTag(node, text_begin_, text_end_);
       unit.parsed = true;
       unit.end_tag = is_end_tag;
-    } else if (node.name.View() != Text()) {
+    } else if (ViewOf(node.name) != Text()) {
       return false;
     }
     if (!unit.open) return true;
@@ -239,8 +254,8 @@ bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
 bool CSimpleXMLReader::ReadNewElement(CSafeNode& node, bool& open, bool& end_tag) {
   Unit unit;
   const bool whole = ReadUnit(node, unit);
-  if (!unit.parsed) SetName(node.name, {});
-  if (!unit.valued) SetName(node.value, {});
+  if (!unit.parsed) Clear(node.name);
+  if (!unit.valued) Clear(node.value);
   open = unit.open;
   end_tag = unit.end_tag;
   return whole;
@@ -320,25 +335,31 @@ bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
 }
 
 bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
+  std::string copy(tag);
+  CutTag(node, copy.data(), copy.data() + copy.size());
+  return true;
+}
+
+// The same for a tag that may be changed, a byte behind its end included.
+void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
   if (node.first_attribute != nullptr) pool_.TakeBackAttributes(node);
-  MXML::ATTRIB** end = &node.first_attribute;  // where the next attribute is linked in
-  CTokens tokens(tag);
-  std::size_t quotes = 0;
-  SetName(node.name, tokens.Next(quotes));
+  MXML::ATTRIB** link = &node.first_attribute;  // of the next attribute
+  CTokens tokens(begin, end);
+  const CTokens::Token name = tokens.Next();
+  AssignName(node.name, name.begin, name.end);
   // Names and values alternate; blanks around '=' therefore part a value from its name.
   while (!tokens.AtEnd()) {
     auto attribute = pool_.TakeAttribute();
-    SetName(attribute->name, tokens.Next(quotes));
+    const CTokens::Token attribute_name = tokens.Next();
+    AssignName(attribute->name, attribute_name.begin, attribute_name.end);
     if (tokens.AtEnd()) {
-      SetName(attribute->value, {});
+      Clear(attribute->value);
     } else {
-      const std::string_view value = tokens.Next(quotes);
-      SetValue(*attribute, value, quotes);
+      AssignValue(attribute->value, tokens.Next());
     }
-    *end = attribute.release();
-    end = &(*end)->next;
+    *link = attribute.release();
+    link = &(*link)->next;
   }
-  return true;
 }
 
 bool CheckEndTag(bool end_tag, const MSTR& expected, const MSTR& found, MSTR& error) {
@@ -346,8 +367,8 @@ bool CheckEndTag(bool end_tag, const MSTR& expected, const MSTR& found, MSTR& er
     error = "Premature end of file.";
     return false;
   }
-  if (!(expected == found)) {
-    error.Format("<%s> end tag is bad, found <%s>.", expected.Text(), found.Text());
+  if (ViewOf(expected) != ViewOf(found)) {
+    error.Format("<%s> end tag is bad, found <%s>.", expected.text, found.text);
     return false;
   }
   return true;

@@ -93,6 +93,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   };
 
   bool ReadUnit(CSafeNode& node, Unit& unit);
+  void CutTag(CSafeNode& node, char* begin, char* end);
 
   static constexpr int kEnd = -1;  // instead of a byte
   int ReadOne() {

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "host/engine.h"
 #include "platform/services.h"
 #include "schedule/time_value.h"
 
@@ -47,14 +48,14 @@ Outcome RunCommand(const std::string& command) {
 }
 
 LogCapture::LogCapture() {
-  ORVANE::MLog.SetSink([this](ORVANE::MLOG::TYPE type, std::string_view text) {
+  ORVANE::SetLogSink([this](ORVANE::ENTRY entry, std::string_view text) {
     static constexpr const char* kPrefixes[] = {"log: ", "notice: ", "error: ", "at: "};
     const std::lock_guard lock(mutex_);
-    entries_.push_back(kPrefixes[type] + std::string(text));
+    entries_.push_back(kPrefixes[static_cast<int>(entry)] + std::string(text));
   });
 }
 
-LogCapture::~LogCapture() { ORVANE::MLog.SetSink({}); }
+LogCapture::~LogCapture() { ORVANE::SetLogSink({}); }
 
 std::vector<std::string> LogCapture::Take() {
   const std::lock_guard lock(mutex_);

@@ -22,7 +22,7 @@ class TempFile {
 
   void Write(std::string_view content) const;
   const std::string& Path() const { return path_; }
-  ORVANE::MSTR Name() const { return std::string_view(path_); }
+  ORVANE::MSTR Name() const { return path_.c_str(); }
   // Without its ".xml", as scripts name listings.
   std::string Stem() const { return path_.substr(0, path_.rfind('.')); }
 

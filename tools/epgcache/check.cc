@@ -11,9 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/mlog.h"
+#include "host/engine.h"
 #include "import/import_driver.h"
 #include "import/listings_import.h"
+#include "text/counted_text.h"
 #include "text/letters.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/failure.h"
@@ -76,15 +77,15 @@ std::string Unescaped(std::string_view text) {
 
 Verdict AskPlugin(const std::string& name) {
   std::string reason;
-  ORVANE::MLog.SetSink([&reason](ORVANE::MLOG::TYPE, std::string_view text) {
+  ORVANE::SetLogSink([&reason](ORVANE::ENTRY, std::string_view text) {
     if (!text.starts_with("EPG Loader: Import failed")) return;
     text.remove_prefix(std::min(text.find('[') + 1, text.size()));
     reason = Unescaped(text.substr(0, text.rfind(']')));
   });
   ORVANE::MSTR status;
-  auto store = ImportEPGFile(std::string_view(name), status, nullptr);
-  ORVANE::MLog.SetSink({});
-  if (reason.empty()) reason = status.View();
+  auto store = ImportEPGFile(name.c_str(), status, nullptr);
+  ORVANE::SetLogSink({});
+  if (reason.empty()) reason = ViewOf(status);
   return {std::move(store), std::move(reason)};
 }
 
@@ -94,7 +95,7 @@ enum class Format { kCache, kTitanTV, kXmltv, kOther };
 Format FormatOf(const std::string& name) {
   CSimpleXMLReader reader;
   CSafeNode root;
-  if (!reader.Open(std::string_view(name), true, false, true)) return Format::kOther;
+  if (!reader.Open(name.c_str(), true, false, true)) return Format::kOther;
   reader.ReadRoot(root);
   const std::string_view name_space = AttributeValue(root, "xmlns");
   if (EqualIgnoringCase(name_space, kMakerNamespace)) return Format::kCache;
@@ -193,7 +194,7 @@ std::string Answer(const File& file, const Verdict& verdict) {
       has_items = has_items || verdict.store->GetStation(station)->GetProgramCount() > 0;
     return Shown(file.name) + ": the plug-in takes it" +
            (has_items ? ": " : ", and no programme arrives: ") +
-           std::string(verdict.store->GetStatistics().View()) + "\n";
+           std::string(ViewOf(verdict.store->GetStatistics())) + "\n";
   }
   std::string text;
   for (const Stop& stop : FindStops(file, verdict.reason)) {

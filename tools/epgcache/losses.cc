@@ -11,6 +11,7 @@
 #include "host/mstr.h"
 #include "schedule/key_hash.h"
 #include "schedule/time_value.h"
+#include "text/counted_text.h"
 #include "tools/epgcache/byte_source.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/guide_reader.h"
@@ -123,11 +124,11 @@ class BytesAsRead {
     if (IsOdd(tag)) ++misread_tags;
     CSafeNode node;
     CSimpleXMLReader().ParseTag(node, TagAsRead(bytes_, tag));
-    if (node.name == "channel") {
+    if (ViewOf(node.name) == "channel") {
       if (!starts_.try_emplace(std::string(AttributeValue(node, "id"))).second) ++same_channel;
     } else {
       const auto station = starts_.find(AttributeValue(node, "channel"));
-      if (station == starts_.end() || !(node.name == "programme")) {
+      if (station == starts_.end() || ViewOf(node.name) != "programme") {
         ++without_station;
       } else {
         TakeTimes(node, parts, station->second);

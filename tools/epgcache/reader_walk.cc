@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "text/counted_text.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/text.h"
 #include "xml/safe_node.h"
@@ -42,7 +43,7 @@ std::string TagOddity(std::string_view bytes, const Markup& tag) {
 class Walk {
  public:
   Walk(const std::string& name, std::string_view bytes) : bytes_(bytes) {
-    if (!reader_.Open(std::string_view(name), true, false, true))
+    if (!reader_.Open(name.c_str(), true, false, true))
       throw Failure(Shown(name) + ": cannot be opened");
   }
 
@@ -72,7 +73,7 @@ class Walk {
   };
 
   std::size_t Position() const { return static_cast<std::size_t>(reader_.Offset()); }
-  std::string NodeName() const { return std::string(node_.name.View()); }
+  std::string NodeName() const { return std::string(ViewOf(node_.name)); }
 
   // Reads on, and remembers where the reader and XML have parted since they last were at one.
   bool Step() {
