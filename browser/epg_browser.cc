@@ -1,20 +1,106 @@
 #include "browser/epg_browser.h"
 
+#include <atomic>
+#include <cassert>
 #include <exception>
 #include <new>
 #include <utility>
 
+#include "browser/browser_pin.h"
 #include "browser/epg_loader_thread.h"
+#include "browser/spin_lock.h"
 #include "import/import_driver.h"
 #include "platform/services.h"
 #include "text/bad_alloc.h"
 
 using ORVANE::MSTR;
 
-CEPGBrowser::CEPGBrowser() = default;
+// The browsers that there are, the latest first.
+class CLiveBrowsers {
+ public:
+  constexpr CLiveBrowsers() = default;
 
-// The loader writes into the browser, so it goes before any field does.
+  void Add(CEPGBrowser& browser) {
+    const CSpinLock lock(busy_);
+    browser.next_live_ = std::exchange(first_, &browser);
+  }
+
+  // No pin finds the browser from then on.
+  void Remove(CEPGBrowser& browser) {
+    const CSpinLock lock(busy_);
+    CEPGBrowser** link = &first_;
+    while (*link != &browser) link = &(*link)->next_live_;
+    *link = browser.next_live_;
+  }
+
+  CEPGBrowser* Pin(const ORVANE::MMONOBJ* entity) {
+    const CSpinLock lock(busy_);
+    CEPGBrowser* browser = first_;
+    while (browser != nullptr && browser != entity) browser = browser->next_live_;
+    if (browser != nullptr) ++browser->pins_;
+    return browser;
+  }
+
+  void Unpin(CEPGBrowser& browser) {
+    {
+      const CSpinLock lock(busy_);
+      if (--browser.pins_ != 0 || waiting_ == 0) return;
+    }
+    // The browser may be gone already; the counter stays.
+    unpinned_.fetch_add(1);
+    unpinned_.notify_all();
+  }
+
+  // REQUIRES: the browser has been removed.
+  void WaitForPins(const CEPGBrowser& browser) {
+    Await(1);
+    for (unsigned seen = unpinned_.load(); IsPinned(browser); seen = unpinned_.load()) {
+      unpinned_.wait(seen);
+    }
+    Await(-1);
+  }
+
+ private:
+  bool IsPinned(const CEPGBrowser& browser) {
+    const CSpinLock lock(busy_);
+    return browser.pins_ != 0;
+  }
+  void Await(int more) {
+    const CSpinLock lock(busy_);
+    waiting_ += more;
+  }
+
+  std::atomic_flag busy_;
+  CEPGBrowser* first_ = nullptr;  // under busy_
+  int waiting_ = 0;               // under busy_: destructions that wait for pins
+  std::atomic<unsigned> unpinned_ = 0;
+};
+
+namespace {
+constinit CLiveBrowsers live_browsers;
+}
+
+CBrowserPin::~CBrowserPin() {
+  if (browser_ != nullptr) live_browsers.Unpin(*browser_);
+}
+
+CEPGBrowser* CBrowserPin::Find(const ORVANE::MMONOBJ* entity) {
+  assert(browser_ == nullptr);
+  return browser_ = live_browsers.Pin(entity);
+}
+
+CEPGBrowser::CEPGBrowser() { live_browsers.Add(*this); }
+
 CEPGBrowser::~CEPGBrowser() {
+  live_browsers.Remove(*this);
+  // Calls may wait for the load, or start one.
+  StopLoader();
+  live_browsers.WaitForPins(*this);
+  // The loader writes into the browser, so it goes before any field does.
+  StopLoader();
+}
+
+void CEPGBrowser::StopLoader() {
   if (const auto loader = loader_.Exchange(nullptr); loader != nullptr) loader->StopAndWait();
 }
 
@@ -29,7 +115,7 @@ bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, co
   } catch (const std::bad_alloc&) {  // without a loader, nothing is started
   }
   loader_.Exchange(loader);
-  if (loader != nullptr && !loader->Start()) schedule_.Exchange(nullptr);
+  if (loader != nullptr && !loader->StartLoad()) schedule_.Exchange(nullptr);
   return true;
 }
 
@@ -62,9 +148,9 @@ void CEPGBrowser::Think(std::uint32_t tick) {
 
 void CEPGBrowser::FinishLoad(std::shared_ptr<CEPGLoaderThread> ended) {
   if (!loader_.ClearIf(ended)) return;  // another thread has adopted it
-  // The text leaves the loader, which ends here. Whatever the user does before closing the box, the
-  // next load included, cannot touch it.
-  const MSTR text = ended->TakeStatusText();
+  // A copy, since the loader ends here: whatever the user does before closing the box, the next
+  // load included, cannot touch it.
+  const MSTR text = ended->StatusText();
   ended.reset();
   if (Schedule() != nullptr) return;
   platform::MessageBoxA(text.text, "Telvyn configuration error", platform::kMessageBoxInformation);

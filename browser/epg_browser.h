@@ -31,7 +31,7 @@ class CEPGBrowser : public ORVANE::ENTITY {
   };
 
   CEPGBrowser();
-  // Waits for a load that is running.
+  // Waits for a load that is running, and for calls that are inside. [engine]
   ~CEPGBrowser() override;
 
   static const SREC _Record;
@@ -58,8 +58,16 @@ class CEPGBrowser : public ORVANE::ENTITY {
   std::shared_ptr<const CProviderData> Schedule() const { return schedule_.Load(); }
 
  private:
+  friend class CBrowserPin;
+  friend class CLiveBrowsers;
+
   void FinishLoad(std::shared_ptr<CEPGLoaderThread> ended);
+  void StopLoader();
 
   CSharedSlot<CProviderData> schedule_;
   CSharedSlot<CEPGLoaderThread> loader_;
+
+  // Under the lock of the list of browsers.
+  CEPGBrowser* next_live_ = nullptr;
+  int pins_ = 0;  // calls that are inside
 };

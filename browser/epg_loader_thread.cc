@@ -1,5 +1,7 @@
 #include "browser/epg_loader_thread.h"
 
+#include <cassert>
+#include <chrono>
 #include <thread>
 
 #include "browser/epg_browser.h"
@@ -9,20 +11,40 @@ CEPGLoaderThread::CEPGLoaderThread(CEPGBrowser& owner, const ORVANE::MSTR& file_
 
 CEPGLoaderThread::~CEPGLoaderThread() { StopAndWait(); }
 
+bool CEPGLoaderThread::Advance(Life from, Life to) {
+  assert((from == Life::kMade && (to == Life::kRunning || to == Life::kAbandoned)) ||
+         (from == Life::kRunning && (to == Life::kEnded || to == Life::kStopping)) ||
+         (from == Life::kStopping && to == Life::kAbandoned) ||
+         (from == Life::kEnded && to == Life::kAbandoned));
+  if (!life_.compare_exchange_strong(from, to)) return false;
+  life_.notify_all();
+  return true;
+}
+
 bool CEPGLoaderThread::SetProgress(std::int32_t /*position*/) { return !CheckStop(); }
 
-void CEPGLoaderThread::Run() { owner_.LoadSchedule(file_name_, status_text_, this); }
+void CEPGLoaderThread::Run() {
+  owner_.LoadSchedule(file_name_, status_text_, this);
+  if (!Advance(Life::kRunning, Life::kEnded)) Advance(Life::kStopping, Life::kAbandoned);
+}
 
-bool CEPGLoaderThread::Start() {
-  const bool started = MTHREAD::Start();
-  if (!started) status_text_ = "The listings cannot be loaded: there is no thread to be had.";
-  begun_ = true;
-  return started;
+bool CEPGLoaderThread::StartLoad() {
+  Advance(Life::kMade, Life::kRunning);
+  if (Start()) return true;
+  status_text_ = "The listings cannot be loaded: could not start a thread.";
+  Advance(Life::kRunning, Life::kEnded);
+  return false;
 }
 
 void CEPGLoaderThread::StopAndWait() {
-  abandoned_ = true;
-  if (!Active()) return;
-  Stop();
-  while (Active()) std::this_thread::yield();
+  if (Advance(Life::kRunning, Life::kStopping)) Stop();
+  life_.wait(Life::kStopping);
+  if (!Advance(Life::kMade, Life::kAbandoned)) Advance(Life::kEnded, Life::kAbandoned);
+  // Run is about to return, and what it has logged to be written; the engine has no wait for that.
+  while (Active()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+const ORVANE::MSTR& CEPGLoaderThread::StatusText() const {
+  assert(!Active());
+  return status_text_;
 }

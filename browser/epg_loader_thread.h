@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <utility>
 
 #include "host/mstr.h"
 #include "host/mthread.h"
@@ -21,28 +20,40 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
   // Asks a running load to end and waits for it.
   ~CEPGLoaderThread() override;
 
-  // False once the loader has been asked to stop. Stores nothing.
+  // False once the loader has been asked to stop. Stores nothing. [loader]
   bool SetProgress(std::int32_t position) override;
 
+  // [loader]
   void Run() override;
 
-  // Runs the load. False when there is no thread to be had; the status text then says so.
-  bool Start() override;
+  // Runs the load. False when no thread could be started: the load has ended then, and the status
+  // text says so. [engine]
+  bool StartLoad();
 
   // Asks for the end of the load and waits for it; nobody adopts it from then on. There is no time
-  // limit: an import that never asks whether to go on runs to its end.
+  // limit: an import that never asks whether to go on runs to its end. [engine]
   void StopAndWait();
 
-  // The load has begun and ended, and is to be adopted. [any]
-  bool Ended() const { return begun_.load() && !abandoned_.load() && !Active(); }
+  // The load has ended and is to be adopted. [any]
+  bool Ended() const { return life_.load() == Life::kEnded && !Active(); }
 
-  // The importer's summary, or why there is no schedule. REQUIRES: the load has ended.
-  ORVANE::MSTR TakeStatusText() { return std::move(status_text_); }
+  // The importer's summary, or why there is no schedule. REQUIRES: the load has ended. [any]
+  const ORVANE::MSTR& StatusText() const;
 
  private:
+  enum class Life {
+    kMade,       // not started
+    kRunning,    // from Start on
+    kEnded,      // the result is with the owner, who is to adopt it
+    kStopping,   // running still; nobody waits for the result
+    kAbandoned,  // ended, and not to be adopted
+  };
+
+  // The one place where the life goes on. False, and nothing has changed, when it is not in `from`.
+  bool Advance(Life from, Life to);
+
   const ORVANE::MSTR file_name_;
   CEPGBrowser& owner_;
-  ORVANE::MSTR status_text_;  // the loader's thread's alone until it has ended
-  std::atomic<bool> begun_ = false;
-  std::atomic<bool> abandoned_ = false;
+  ORVANE::MSTR status_text_;  // the loader's thread's alone until the load has ended
+  std::atomic<Life> life_ = Life::kMade;
 };

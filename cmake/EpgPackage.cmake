@@ -9,6 +9,9 @@ set(private_libraries ${CMAKE_INSTALL_LIBDIR}/epgbrowser)
 install(TARGETS epgshell RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS orvane LIBRARY DESTINATION ${private_libraries})
 install(TARGETS epgbrowser LIBRARY DESTINATION ${private_libraries})
+# What host programs are compiled with.
+install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/epgbrowser/host
+  FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(DIRECTORY samples/ DESTINATION ${documents}/examples)
 install(FILES README.md DESTINATION ${documents})
 install(DIRECTORY docs/ DESTINATION ${documents}/docs FILES_MATCHING PATTERN "*.md")

@@ -54,6 +54,7 @@ bool MTHREAD::CheckStop() const { return state_->stop.load(std::memory_order_acq
 
 bool MTHREAD::Start() {
   CheckGuest(!state_->thread.joinable(), "MTHREAD::Start", "the thread has been started before");
+  if (state_->thread.joinable()) return false;
   state_->active.store(true, std::memory_order_release);
   try {
     state_->thread = std::thread(&STATE::Run, state_, std::ref(*this));

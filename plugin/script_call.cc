@@ -17,7 +17,7 @@ bool CScriptCall::Resolve() {
   if (instance == nullptr) return Fail("cannot convert 'this' to CEPGBrowser object");
   ORVANE::MMONOBJ* const entity = instance->entity.Get();
   if (entity == nullptr) return Fail("'this' is a NULL");
-  browser_ = dynamic_cast<CEPGBrowser*>(entity);
+  browser_ = pin_.Find(entity);
   return browser_ != nullptr || Fail("'this' does not reference a CEPGBrowser");
 }
 

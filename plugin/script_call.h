@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+#include "browser/browser_pin.h"
 #include "browser/epg_browser.h"
 #include "host/api.h"
 #include "host/mstr.h"
@@ -49,6 +50,7 @@ class CScriptCall {
  private:
   ORVANE::MSSEXEC& exec_;
   const char* const method_;
+  CBrowserPin pin_;
   CEPGBrowser* browser_ = nullptr;
   std::shared_ptr<const CProviderData> schedule_;
 };

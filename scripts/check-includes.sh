@@ -19,6 +19,13 @@ allowed() {
 }
 
 status=0
+# Of the engine, a guest sees what an engine gives its guests, and a program what it gives programs.
+guests=$(scripts/sources.sh platform xml schedule import browser plugin)
+if grep -nE '^#include "host/(engine.h|internal/)' $guests ||
+  grep -nE '^#include "host/internal/' $(scripts/sources.sh app tools tests bench fuzz) $guests; then
+  echo "host/internal/ is the engine's own, host/engine.h the host program's" >&2
+  status=1
+fi
 for folder in text host platform xml schedule import browser plugin app tools; do
   pattern="$folder"
   for other in $(allowed "$folder"); do pattern="$pattern|$other"; done

@@ -170,14 +170,14 @@ using Loader = Browser;
 
 TEST_F(Loader, IsStoppedAndAwaitedByItsEnd) {
   CEPGLoaderThread ended(*browser_, b_.Name());
-  ended.Start();
+  ended.StartLoad();
   EXPECT_TRUE(Eventually([&] { return ended.Ended(); }));
   ended.StopAndWait();
   EXPECT_FALSE(ended.Ended() || ended.CheckStop());
   auto loader = std::make_unique<CEPGLoaderThread>(*browser_, a_.Name());
   const ORVANE::MTHREAD& thread = *loader;
   std::unique_lock gate(gate_);
-  loader->Start();
+  loader->StartLoad();
   auto end = std::async(std::launch::async, [&] { loader.reset(); });
   EXPECT_TRUE(Eventually([&] { return thread.MTHREAD::CheckStop(); }));
   EXPECT_EQ(std::future_status::timeout, end.wait_for(20ms));

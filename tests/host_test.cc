@@ -5,6 +5,11 @@
 #include <semaphore>
 #include <set>
 #include <stdexcept>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "host/engine.h"
 #include "host/mstrm.h"
@@ -170,6 +175,62 @@ TEST(Threads, LogOnWhenASinkThrows) {
   while (worker.Active()) std::this_thread::yield();
   SetLogSink({});
   EXPECT_EQ(199, entries);
+}
+
+// What the engine has said of its guest, in a build that checks it.
+std::vector<std::string> faults;
+
+// A guest's method: what it does with the call is the test's.
+void (*misuse)(MSSEXEC& call) = nullptr;
+MSSEXEC* last_call = nullptr;
+
+TEST(Guests, AreToldTheCallThatBreaksTheContract) {
+  if (!ChecksGuests()) GTEST_SKIP() << "a release build checks nothing";
+  struct Module final : MSSMODULE {
+    Module() {
+      SetName("MISUSER");
+      AddMethod("Misuse", 1, 1, 3, [](MSSEXEC* call) { return misuse(*(last_call = call)), true; });
+    }
+  } module;
+  struct Worker final : MTHREAD {
+    Worker() : MTHREAD(0) {}
+    ~Worker() override {
+      while (Active()) std::this_thread::yield();
+    }
+    void Run() override {}
+  };
+  const std::tuple<void (*)(MSSEXEC&), std::vector<std::string>> rows[] = {
+      {[](MSSEXEC& call) { call.Push(MSSINTEGER::Allocate()); }, {}},
+      {[](MSSEXEC& call) {
+         call.Push(MSSINTEGER::Allocate());
+         call.Push(MSSINTEGER::Allocate());
+       },
+       {"MSSEXEC::Push: a result is pushed twice"}},
+      {[](MSSEXEC& call) { std::thread([&call] { call.LogCallers(); }).join(); },
+       {"MSSEXEC::LogCallers: the call is used by another thread than its method's"}},
+      {[](MSSEXEC&) {
+         Worker worker;
+         worker.Start();
+         while (worker.Active()) std::this_thread::yield();
+         worker.Start();
+       },
+       {"MTHREAD::Start: the thread has been started before"}},
+      {[](MSSEXEC&) { MSSINTEGER().SubRef(); },
+       {"MREFOBJ::SubRef: a reference is dropped that was never taken"}},
+  };
+  SetFaultHandler([](const char* call, const char* fault) {
+    faults.push_back(std::string(call) + ": " + fault);
+  });
+  MSSINTEGER self;
+  for (const auto& [act, said] : rows) {
+    CALL each(&self, "line");
+    misuse = act;
+    EXPECT_TRUE(each.Run("MISUSER", "Misuse"));
+    EXPECT_EQ(said, std::exchange(faults, {}));
+    last_call->LogCallers();
+    EXPECT_EQ(1u, std::exchange(faults, {}).size());  // it is over
+  }
+  SetFaultHandler(nullptr);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <sstream>
@@ -208,6 +209,26 @@ TEST_F(ScriptMethods, WaitForALoadAndCountNoScheduleAsEmpty) {
     EXPECT_EQ("2", Call("GetStationCount"));
     EXPECT_EQ("1", Call("GetReady"));
   }
+}
+
+TEST_F(ScriptMethods, FailOrEndBeforeTheirBrowserGoes) {
+  Load();
+  for (int life = 0; life < 20; ++life) {
+    browser_ = ORVANE::CreateEntity("CEPGBrowser");
+    ORVANE::Bind(*instance_, browser_.get());
+    Call("InitSchedule", {"", "", stem_.c_str()});
+    std::atomic<int> answered = 0;
+    std::vector<std::thread> scripts;
+    for (const char* const method : {"GetStationCount", "GetEndTime", "GetReady"}) {
+      scripts.emplace_back([&answered, method, self = instance_.get()] {
+        while (ORVANE::CALL(self, "").Run(method)) ++answered;
+      });
+    }
+    while (answered == 0) std::this_thread::yield();
+    browser_.reset();
+    for (std::thread& script : scripts) script.join();
+  }
+  EXPECT_EQ("'this' is a NULL", Call("GetReady"));
 }
 
 class InstancePool : public testing::Test {

@@ -188,6 +188,35 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
   }
 }
 
+TEST(ScheduleMemory, GivesOutAgainWhatWasRefused) {
+  CProviderData store;
+  const auto texts_of = [&store](const std::string& first, const std::string& second) {
+    auto item = store.NewItem();
+    item->hd = item.Texts().Keep(first);
+    item->premiere = item.Texts().Keep(second);
+    const std::string read = std::string(item->hd.View()) + '|' + item->premiere.Characters();
+    return std::pair<std::string, const CScheduleItem*>(read, &*item);
+  };
+  const CScheduleItem* const place = texts_of("Y", "").second;
+  for (int length = 0; length < 40; ++length) {
+    // Texts that are remembered stand where those of the item before stood.
+    const std::string one(static_cast<std::size_t>(length), 'a'), other(100'000, 'b');
+    EXPECT_EQ(std::pair(one + '|' + other, place), texts_of(one, other));
+    EXPECT_EQ(std::pair(other + '|' + one, place), texts_of(other, one));
+  }
+  // A station with its items and texts, and more of them than are noted one by one.
+  const CScheduleMemory::Mark before = store.Memory().GetMark();
+  CStation station;
+  for (Time start = 0; start < 10'000; ++start) {
+    auto item = store.NewItem();
+    item->start = start;
+    item->hd = item.Texts().Keep("HD " + std::to_string(start));
+    EXPECT_TRUE(station.Insert(item));
+  }
+  store.Memory().WindBack(before);
+  EXPECT_EQ(std::pair(std::string("HD 77|HD 9999"), place), texts_of("HD 77", "HD 9999"));
+}
+
 TEST(PointerArray, GrowsSixteenFurther) {
   CPointerArray<const int> array;
   const int entry = 0;

@@ -1,0 +1,29 @@
+// Keeps a browser from being destroyed while a script's call is inside it.
+//
+// An engine may destroy a browser on its thread while a script calls it on another one. A reference
+// to an entity tells that it is gone, but not that it stays: so the browsers that there are stand
+// in a list, a call looks its entity up there, and a browser's destruction waits for the calls that
+// have found it. Both together cost a call about 10 ns.
+//
+// Threads: any. A browser must not be destroyed by one of its own calls, from a message box, say:
+//   the destruction would wait for the call.
+#pragma once
+
+#include "host/entity.h"
+
+class CEPGBrowser;
+
+class CBrowserPin {
+ public:
+  CBrowserPin() = default;
+  CBrowserPin(const CBrowserPin&) = delete;
+  CBrowserPin& operator=(const CBrowserPin&) = delete;
+  ~CBrowserPin();
+
+  // The browser that `entity` is; null when it is none, or one that is being destroyed. Only its
+  // address is looked at. It stays until this pin goes. Once in a pin's life. [any]
+  CEPGBrowser* Find(const ORVANE::MMONOBJ* entity);
+
+ private:
+  CEPGBrowser* browser_ = nullptr;
+};
