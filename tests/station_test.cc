@@ -190,21 +190,26 @@ TEST(ProviderData, KeepsOneRecordForEachKey) {
 
 TEST(ScheduleMemory, GivesOutAgainWhatWasRefused) {
   CProviderData store;
-  const auto texts_of = [&store](const std::string& first, const std::string& second) {
+  const void* item_place = nullptr;
+  const void* text_place = nullptr;
+  // An item with two texts, the first long or a short one, that is not filed.
+  const auto refuse = [&](const std::string& first, const std::string& second) {
     auto item = store.NewItem();
     item->hd = item.Texts().Keep(first);
     item->premiere = item.Texts().Keep(second);
-    const std::string read = std::string(item->hd.View()) + '|' + item->premiere.Characters();
-    return std::pair<std::string, const CScheduleItem*>(read, &*item);
+    EXPECT_EQ(first, item->hd.View());
+    EXPECT_EQ(second, item->premiere.View());
+    if (item_place == nullptr) item_place = &*item, text_place = item->hd.Characters();
+    EXPECT_EQ(item_place, &*item);
+    EXPECT_TRUE(first.empty() || text_place == item->hd.Characters());
   };
-  const CScheduleItem* const place = texts_of("Y", "").second;
-  for (int length = 0; length < 40; ++length) {
-    // Texts that are remembered stand where those of the item before stood.
-    const std::string one(static_cast<std::size_t>(length), 'a'), other(100'000, 'b');
-    EXPECT_EQ(std::pair(one + '|' + other, place), texts_of(one, other));
-    EXPECT_EQ(std::pair(other + '|' + one, place), texts_of(other, one));
+  for (std::size_t length = 0; length < 40; ++length) {
+    // What stood behind a long text must not be remembered when another one goes there.
+    const std::string text(length, 'a');
+    refuse(std::string(1000, 'b'), text);
+    refuse(text, std::string(2000, 'c'));
   }
-  // A station with its items and texts, and more of them than are noted one by one.
+  // A station with its items and texts, more than are noted one by one.
   const CScheduleMemory::Mark before = store.Memory().GetMark();
   CStation station;
   for (Time start = 0; start < 10'000; ++start) {
@@ -214,7 +219,7 @@ TEST(ScheduleMemory, GivesOutAgainWhatWasRefused) {
     EXPECT_TRUE(station.Insert(item));
   }
   store.Memory().WindBack(before);
-  EXPECT_EQ(std::pair(std::string("HD 77|HD 9999"), place), texts_of("HD 77", "HD 9999"));
+  refuse("HD 9990", std::string(1'000'000, 'c'));
 }
 
 TEST(PointerArray, GrowsSixteenFurther) {
