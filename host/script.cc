@@ -142,7 +142,6 @@ const VALUE* As(const MSSINSTANCE* value) {
 }  // namespace
 
 MSSEXEC::MSSEXEC() = default;
-MSSEXEC::~MSSEXEC() = default;
 
 MSSINSTANCE* MSSEXEC::GetLocal(int index) {
   auto& call = static_cast<CALL&>(*this);

@@ -124,7 +124,7 @@ class ORVANE_API MSSEXEC {
 
  protected:
   MSSEXEC();
-  ~MSSEXEC();
+  ~MSSEXEC() = default;
 };
 
 }  // namespace ORVANE

@@ -40,7 +40,7 @@ class CBlocks {
   // An object by itself: a collection holds objects of one type alone, so that all are aligned.
   template <typename Object>
   Object* Make() {
-    static_assert(alignof(Object) <= kAlignment && sizeof(Object) % alignof(Object) == 0);
+    static_assert(alignof(Object) <= kAlignment);
     return ::new (Allocate(sizeof(Object))) Object;
   }
 
