@@ -1,9 +1,14 @@
 // The reader of listings files, by the habits that files are written for.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
+#include <random>
+
 #include "tests/support/test_support.h"
 #include "text/counted_text.h"
 #include "text/entities.h"
+#include "xml/marks.h"
 #include "xml/simple_xml_reader.h"
 
 namespace {
@@ -158,6 +163,22 @@ TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
   root.FreeChildren();
   EXPECT_EQ("Premature end of file. | a | !+", Walk(ViewOf(opened)));
   EXPECT_EQ("!+", Units(std::string("&").append(ViewOf(opened))));
+}
+
+TEST(Marks, AreFoundWhereverTheyStand) {
+  using Marks = CMarks<'<', '&', '\xff', '\0'>;
+  std::mt19937 random(1);
+  std::string bytes(200 + kSearchOverrun, 'x');
+  for (int round = 0; round < 2'000; ++round) {
+    const char mark = "<&\xff"[random() % 4];  // the last one is NUL
+    bytes[random() % bytes.size()] = random() % 3 == 0 ? static_cast<char>(random() % 256) : mark;
+    if (round % 50 == 0) std::fill(bytes.begin(), bytes.end(), 'x');
+    const char* const begin = bytes.data() + random() % 64;
+    const char* const end = begin + random() % 136;
+    ASSERT_EQ(Marks::FindPlain(begin, end), Marks::Find(begin, end));
+    ASSERT_EQ(std::find_if(begin, end, [](char c) { return std::strchr("<&\xff", c) != nullptr; }),
+              Marks::FindPlain(begin, end));
+  }
 }
 
 TEST(XmlEscape, EscapesFiveCharacters) {

@@ -117,7 +117,7 @@ bool CSimpleXMLReader::Refill() {
   if (text.size() + kStepBack > window_bytes_ / 2) {
     if (text.size() > kLongestText) throw CBadAlloc();
     const std::size_t bytes = std::max(kWindowBytes, window_bytes_ * 2);
-    auto grown = std::make_unique_for_overwrite<char[]>(bytes);
+    auto grown = std::make_unique_for_overwrite<char[]>(bytes + kSearchOverrun);
     std::copy(text.begin(), text.end(), grown.get());
     window_ = std::move(grown);
     window_bytes_ = bytes;
@@ -336,7 +336,8 @@ bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
 
 bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
   std::string copy(tag);
-  CutTag(node, copy.data(), copy.data() + copy.size());
+  copy.resize(tag.size() + kSearchOverrun);
+  CutTag(node, copy.data(), copy.data() + tag.size());
   return true;
 }
 
