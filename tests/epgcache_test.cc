@@ -84,7 +84,7 @@ std::map<std::string, std::string> ExpectedFields(const pugi::xml_node& programm
     const std::string system = rating.attribute("system").value();
     const std::string value = TextOf(rating.child("value"));
     if (system == "BBFC") {
-      bbfc = value;
+      if (bbfc.empty()) bbfc = value;
     } else {
       other +=
           (other.empty() ? "" : ", ") + (system.empty() ? value : system + " rating: " + value);
@@ -102,7 +102,7 @@ std::map<std::string, std::string> ExpectedFields(const pugi::xml_node& programm
           {"$RatingOther", other},
           {"$StarRating", FirstOf(programme.child("star-rating"), "value")},
           {"$BlackAndWhite", TextOf(programme.child("video").child("colour")) == "no" ? "Y" : ""},
-          {"$Stereo", has("audio")},
+          {"$Stereo", TextOf(programme.child("audio").child("stereo")).size() > 4 ? "Y" : ""},
           {"$Subtitle", has("subtitles")},
           {"$Repeat", has("previously-shown")},
           {"$New", has("new")},
@@ -158,6 +158,12 @@ std::string On(const std::string& channel, const std::string& start, const std::
                const std::string& elements) {
   return "<programme channel='" + channel + "' start='20261123" + start +
          (stop.empty() ? "" : "' stop='20261123" + stop) + "'>" + elements + "</programme>\n";
+}
+
+std::string At(const std::string& channel, const std::string& start, const std::string& stop,
+               const std::string& elements) {
+  return "<programme channel='" + channel + "' start='" + start + "' stop='" + stop + "'>" +
+         elements + "</programme>\n";
 }
 
 std::string Titled(const std::string& title) { return "<title>" + title + "</title>"; }
@@ -299,6 +305,29 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "dz \x96 \x93na\xef"
        "ve\x94 Privet < \xe9 ?\n",
        "10 characters transliterated"},
+      // Each time by the zone's offset on its day.
+      {{At("a", "20260723200000", "20260723210000", Titled("x")) +
+        At("a", "20261123200000", "20261123210000", Titled("y"))},
+       "--zone Europe/Rome",
+       "a: 18:00-19:00 x | 19:00-20:00 y\n",
+       ""},
+      // A day of 25 hours.
+      {{At("a", "202610242159 Z", "202610242200 Z", Titled("no")) +
+        At("a", "202610252230 Z", "202610252300 Z", Titled("x")) +
+        At("a", "202610252300 Z", "202610252330 Z", Titled("no"))},
+       "--zone Europe/Rome --from 2026-10-25 --days 1",
+       "a: 22:30-23:00 x\n",
+       "2 programmes outside"},
+      {{"<!DOCTYPE tv SYSTEM 'xmltv.dtd'><tv>" +
+        On("a", "2000", "2100", Titled("caf&eacute;&nbsp;&hearts;&NoSuch;")) + "</tv>"},
+       "",
+       "a: 20:00-21:00 caf\u00e9\u00a0\u2665\n",
+       "HTML"},
+      // Names that become the same in the code page stay two stations and two programmes.
+      {{On("\u0424", "2000", "2100", Titled("\u0424")) + On("F", "2000", "2100", Titled("F"))},
+       "--encoding windows-1252",
+       "F: 20:00-21:00 F\nF: 20:00-21:00 F\n",
+       "2 stations made"},
       {{On("", "2000", "", "") + On("a", "2570", "", "") + On("a", "2000", "2100", Titled("x")) +
         "<programme channel='a'/><programme channel='a' start='15991231'/>"},
        "",
@@ -310,7 +339,8 @@ TEST(Epgcache, PutsGuidesInOrder) {
     std::vector<std::unique_ptr<TempFile>> inputs;
     std::string command = "$E " + row.options;
     for (const std::string& guide : row.guides) {
-      inputs.push_back(std::make_unique<TempFile>("<tv>" + guide + "</tv>"));
+      inputs.push_back(
+          std::make_unique<TempFile>(guide.starts_with("<!") ? guide : "<tv>" + guide + "</tv>"));
       command += " " + inputs.back()->Path();
     }
     const TempFile listings("");
@@ -383,17 +413,85 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
       EXPECT_NE(entry.path().filename().string().front(), '.') << "left behind";
     for (const char* const name : {"/s", "/g"}) std::filesystem::remove(folder + name);
   }
-  EXPECT_EQ(RunCommand("$E $G").status, 2);
+  const std::pair<const char*, const char*> usage[] = {
+      {"$E $G", "--output"},
+      {"$E $G -o -", "--output: it is a file; - is none"},
+      {"$E --lang , $G", "--lang: it names no language"},
+      {"$E $G -o /tmp --stations ' ,'", "--stations: it names no station"}};
+  for (const auto& [command, said] : usage) {
+    const Outcome outcome = RunCommand("G=" + guide.Path() + "; " + command);
+    EXPECT_EQ(outcome.status, 2) << command;
+    EXPECT_THAT(outcome.err, HasSubstr(said));
+  }
+}
+
+// Starts the program with a library that makes the C library's functions fail, see there.
+std::string Failing(const std::string& settings) {
+  return "export LD_PRELOAD=" EPG_FAILING_C_LIBRARY " " + settings + "; ";
+}
+
+TEST(Epgcache, EndsWithAMessageWhereMemoryOrReadingFails) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer has an allocator of its own";
+#endif
+  const TempFile guide("<tv>" + On("a", "2000", "2100", Titled("\u0141\u00f3d\u017a")) + "</tv>");
+  const TempFile listings("old");
+  const std::string to = " -o " + listings.Path() + "; ";
+  const std::string run = "$E -q --encoding windows-1252 " + guide.Path() + to;
+  const std::string utf16 = guide.Path() + ".16";
+  const Outcome memory =
+      RunCommand("iconv -t UTF-16 <" + guide.Path() + " >" + utf16 +
+                 "; for n in 1 2 4 7 12 30 60 100 $(seq 200 67 2000) 1000000; do (" +
+                 Failing("FAIL_ALLOCATION=$n") + run + "); echo $?; done 2>&1 | sort -u; " +
+                 "for n in $(seq 480 540); do (" + Failing("FAIL_ALLOCATION=$n") + "$E -q " +
+                 utf16 + to + "); echo $?; done 2>&1 | sort -u");
+  EXPECT_EQ(memory.out, "0\n1\nepgcache: out of memory\n0\n1\nepgcache: out of memory\n");
+  EXPECT_EQ(RunCommand(Failing("INTERRUPT_READS=1") + run).status, 0);
+  // A read that fails is told, but to the plug-in, for which the file ends there.
+  for (int read = 0; read < 12; ++read) {
+    const Outcome outcome = RunCommand(Failing("FAIL_READ=" + std::to_string(read)) +
+                                       "exec $E --check samples/evening-xmltv.xml");
+    const bool is_taken = outcome.out.find(": the plug-in takes it") != std::string::npos;
+    EXPECT_EQ(outcome.status, is_taken ? 0 : 1) << outcome.out;
+    EXPECT_EQ(outcome.out.find("cannot be read"), std::string::npos) << read;
+  }
+  for (const char* const option : {"--help", "--version"})
+    EXPECT_EQ(RunCommand(std::string("$E >/dev/full ") + option).status, 1);
+}
+
+TEST(Epgcache, LeavesNothingBehind) {
+  const TempFile guide("<tv>" + On("a", "2000", "2100", Titled("x")) + "</tv>");
+  const TempFile listings("old");
+  // A run that waits with its file whole: what still runs keeps its file, what was ended does not.
+  const Outcome ended =
+      RunCommand("cd $(dirname " + listings.Path() + "); G=" + guide.Path() + "; (" +
+                 Failing("SLEEP_IN_FSYNC=30") +
+                 "exec $E -q $G -o listings.xml) & P=$!; "
+                 "until ls -A | grep -q epgcache; do sleep 0.01; done; $E -q $G -o other.xml; "
+                 "ls -A | sed 's/epgcache.*/epgcache/'; kill -TERM $P; wait $P; echo $?; ls -A");
+  EXPECT_EQ(ended.out, ".epgcache\nlistings.xml\nother.xml\n143\nlistings.xml\nother.xml\n");
+  const Outcome next = RunCommand("cd $(dirname " + listings.Path() +
+                                  "); touch .epgcache.aB12cD .epgcache.long.name; $E -q " +
+                                  guide.Path() + " -o listings.xml; ls -A");
+  EXPECT_EQ(next.out, ".epgcache.long.name\nlistings.xml\nother.xml\n");
 }
 
 TEST(Epgcache, WritesBehindALinkAndKeepsPermissions) {
-  const TempFile guide("<tv>" + On("a", "2000", "2100", Titled("x")) + "</tv>");
+  const TempFile guide("<tv>" + On("a", "2000", "2100", Titled("x")) +
+                       On("a", "2100", "2200", Titled("y")) + "</tv>");
   const TempFile old("old");
   const Outcome made =
       RunCommand("G=" + guide.Path() + "; cd $(dirname " + old.Path() +
                  "); chmod 640 listings.xml; ln -s listings.xml link; $E -q $G -o link;"
                  "readlink link; stat -c %a listings.xml; grep -c '<p2>x' listings.xml; ls -A");
-  EXPECT_EQ(made.out, "listings.xml\n640\n1\nlink\nlistings.xml\n") << made.err;
+  EXPECT_EQ(made.out, "listings.xml\n640\n1\nlink\nlistings.xml\n");
+  const Outcome fresh =
+      RunCommand("G=" + guide.Path() + "; cd $(dirname " + old.Path() +
+                 "); umask 027; $E -q $G -o new.xml; stat -c %a new.xml; $E $G -o new.xml");
+  EXPECT_EQ(fresh.out, "640\n");
+  EXPECT_EQ(fresh.err,
+            "epgcache: new.xml: 1 station, 2 programmes, 2 items\n"
+            "  repaired: 1 station made that no channel element declares\n");
 }
 
 TEST(Epgcache, KeepsWhatStandsBeforeAFault) {
@@ -491,6 +589,14 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        "        1  channels left out, as one before them has their id\n"
        "        2  programmes left out, as no channel read before them is theirs\n"
        "        1  programmes left out, as one of their station is read with their start\n"},
+      {with("<channel id=\"b\"><display-name>1</display-name><display-name>2</display-name>"
+            "<display-name>3</display-name></channel><channel id=\"c\" x=\"A&B;\"/>"),
+       ": the plug-in takes it",
+       "        1  references by other names than XML's five, which vanish\n"
+       "        1  display names beyond the second of a channel\n"},
+      {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + tv + one + "<channel id=\"\xe6\"/>" +
+           on + "</tv>",
+       ": the plug-in takes it", "        1  bytes in ISO-8859-1, which arrive as they stand\n"},
       {"<Programmes><x/></Programmes>", ":1:1: the plug-in does not take it: the plug-in says"},
   };
   for (const auto& row : rows) {

@@ -155,7 +155,8 @@ void ByteSource::Refill() {
   do {
     count = read(file_, block_.get() + limit_, kBlockBytes - limit_);
   } while (count < 0 && errno == EINTR);
-  if (count < 0) throw Failure(name_ + ": cannot be read: " + std::strerror(errno));
+  failed_ = count < 0;
+  if (failed_) throw Failure(name_ + ": cannot be read: " + std::strerror(errno));
   ended_ = count == 0;
   limit_ += static_cast<std::size_t>(count);
   read_ += static_cast<std::uint64_t>(count);

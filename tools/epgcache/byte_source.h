@@ -40,6 +40,8 @@ class ByteSource {
   // How many bytes have come out.
   std::uint64_t Unpacked() const { return unpacked_; }
   bool IsPacked() const { return unpacker_ != nullptr; }
+  // Reading has failed, which is no fault of what has been read.
+  bool HasFailed() const { return failed_; }
 
   // Undoes one kind of compression.
   class Unpacker;
@@ -59,9 +61,10 @@ class ByteSource {
   std::uint64_t unpacked_ = 0;
 
   std::unique_ptr<char[]> block_;
-  std::size_t next_ = 0;                // the first byte of the block that has not been used
-  std::size_t limit_ = 0;               // behind its last
-  bool ended_ = false;                  // the file has nothing behind the block
+  std::size_t next_ = 0;   // the first byte of the block that has not been used
+  std::size_t limit_ = 0;  // behind its last
+  bool ended_ = false;     // the file has nothing behind the block
+  bool failed_ = false;
   bool over_ = false;                   // there is nothing more to read
   std::unique_ptr<Unpacker> unpacker_;  // null: the bytes are as they stand
 };

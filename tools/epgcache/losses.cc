@@ -245,14 +245,16 @@ Losses FindLosses(const std::string& name, std::string_view bytes, const Options
   const BytesAsRead read(bytes);
   Meaning meaning;
   Losses losses;
+  ByteSource source(name, options.max_size);
   try {
-    ByteSource source(name, options.max_size);
     const Fault fault = ReadGuide(source, options.reading, meaning).fault;
+    if (source.HasFailed()) throw Failure(source.Name() + ": " + fault.reason);
     if (!fault.reason.empty()) {
       losses.fault = source.Name() + ":" + std::to_string(fault.line) + ":" +
                      std::to_string(fault.column) + ": not well-formed: " + fault.reason + "\n";
     }
   } catch (const Failure& failure) {
+    if (source.HasFailed()) throw;
     losses.fault = std::string(failure.what()) + "\n";
   }
   const std::pair<std::uint64_t, std::string> all[] = {

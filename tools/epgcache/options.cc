@@ -1,12 +1,16 @@
 #include "tools/epgcache/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <iostream>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "tools/epgcache/failure.h"
 #include "tools/epgcache/text.h"
 
 namespace epgcache {
@@ -63,7 +67,6 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
                                    "say whether the plug-in would take the file as it stands");
   output->excludes(check);
   app.add_option("--lang", options.reading.languages, "languages of texts, the best first: en,de")
-      ->delimiter(',')
       ->allow_extra_args(false);
   app.add_option("--encoding", texts.encoding, "of the output: utf-8 or windows-1252")
       ->check(CLI::IsMember({"utf-8", "windows-1252"}, CLI::ignore_case));
@@ -84,7 +87,6 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
       ->check(CLI::Range(1, 3660));
   app.add_option("--stations", options.guide.stations,
                  "these alone, and in this order, by id or name: one.example,\"Two HD\"")
-      ->delimiter(',')
       ->allow_extra_args(false);
   app.add_flag("--keep-going", options.keep_going,
                "use what stands before the fault in a guide that is not well-formed");
@@ -93,9 +95,29 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
   app.add_flag("-q,--quiet", options.quiet, "no summary and no progress");
 }
 
+// Parts an option's lists at commas; false when it was given and names nothing.
+bool SplitList(std::vector<std::string>& list) {
+  std::vector<std::string> entries;
+  for (const std::string_view text : list) {
+    for (std::size_t begin = 0; begin <= text.size();) {
+      const std::size_t end = std::min(text.find(',', begin), text.size());
+      const std::string_view entry = Trimmed(text.substr(begin, end - begin));
+      if (!entry.empty()) entries.emplace_back(entry);
+      begin = end + 1;
+    }
+  }
+  const bool names_nothing = entries.empty() && !list.empty();
+  list = std::move(entries);
+  return !names_nothing;
+}
+
 void Understand(const Texts& texts, Options& options) {
   if (options.check && options.inputs.size() != 1)
     throw CLI::ValidationError("--check", "it takes one FILE");
+  if (!SplitList(options.reading.languages))
+    throw CLI::ValidationError("--lang", "it names no language");
+  if (!SplitList(options.guide.stations))
+    throw CLI::ValidationError("--stations", "it names no station");
   if (options.inputs.empty()) throw CLI::RequiredError("INPUT");
   if (!options.check && options.output.empty())
     throw CLI::ValidationError("--output", "it says where to write to, and is missing");
@@ -105,10 +127,6 @@ void Understand(const Texts& texts, Options& options) {
   const auto size = ReadSize(texts.max_size);
   if (!size) throw CLI::ValidationError("--max-size", Shown(texts.max_size) + " is no size");
   options.max_size = *size;
-  for (auto* const list : {&options.reading.languages, &options.guide.stations}) {
-    for (std::string& entry : *list) entry = Trimmed(entry);
-    std::erase(*list, "");
-  }
   options.guide.cut_overlaps = texts.overlaps == "cut";
   const auto zone = Zone::Of(texts.zone);
   if (!zone) throw CLI::ValidationError("--zone", Shown(texts.zone) + " is no time zone");
@@ -136,7 +154,9 @@ CommandLine ReadCommandLine(int count, char** arguments) {
     app.parse(count, arguments);
     Understand(texts, options);
   } catch (const CLI::Success& asked_for) {
-    return {std::nullopt, app.exit(asked_for)};
+    const int status = app.exit(asked_for);
+    if (!std::cout.flush()) throw Failure("the answer cannot be written");
+    return {std::nullopt, status};
   } catch (const CLI::Error& error) {
     std::fprintf(stderr, "epgcache: %s\nepgcache --help says what there is.\n",
                  Shown(error.what()).c_str());

@@ -1,6 +1,7 @@
 #include "tools/epgcache/output_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,7 +11,9 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/text.h"
@@ -30,16 +33,65 @@ extern "C" void RemoveAndEnd(int signal_number) {
   raise(signal_number);
 }
 
-// Ending signals wait while their handler's text changes.
+// Signals wait for as long as this lives.
+class SignalsWait {
+ public:
+  SignalsWait() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &before_);
+  }
+  SignalsWait(const SignalsWait&) = delete;
+  SignalsWait& operator=(const SignalsWait&) = delete;
+  ~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_;
+};
+
+// REQUIRES: signals wait.
 void SetFileInTheMaking(const std::string& name) {
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  sigprocmask(SIG_BLOCK, &all, &before);
   const std::size_t count = name.size() < PATH_MAX ? name.size() : 0;
   std::memcpy(file_in_the_making, name.data(), count);
   file_in_the_making[count] = '\0';
-  sigprocmask(SIG_SETMASK, &before, nullptr);
+}
+
+constexpr std::string_view kTemporaryName = ".epgcache.";
+
+// A file in the making is locked by its program, so one that can be locked is nobody's.
+bool IsLeftBehind(int file) { return flock(file, LOCK_EX | LOCK_NB) == 0; }
+
+// Makes an empty file by the pattern in `name`, locked; -1 when none can be made.
+int MakeTemporary(std::string& name) {
+  const std::string pattern = name;
+  for (;;) {
+    name = pattern;
+    const int file = mkostemp(name.data(), O_CLOEXEC);
+    struct stat about = {};
+    // Another program may take it for left behind before it is locked.
+    if (file < 0 ||
+        (flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &about) == 0 && about.st_nlink == 1)) {
+      return file;
+    }
+    close(file);
+  }
+}
+
+void RemoveLeftBehind(const std::string& folder) {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename();
+    constexpr std::size_t kRandomBytes = 6;
+    if (!name.starts_with(kTemporaryName) || name.size() != kTemporaryName.size() + kRandomBytes)
+      continue;
+    const int file = open(entry->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    struct stat about = {};
+    if (file < 0) continue;
+    if (fstat(file, &about) == 0 && S_ISREG(about.st_mode) && IsLeftBehind(file))
+      unlink(entry->path().c_str());
+    close(file);
+  }
 }
 
 // As a file gets them that is made anew.
@@ -50,6 +102,13 @@ mode_t PermissionsOfNewFiles() {
 }
 
 }  // namespace
+
+void EndWithoutMemory() {
+  if (file_in_the_making[0] != '\0') unlink(file_in_the_making);
+  constexpr std::string_view kText = "epgcache: out of memory\n";
+  (void)!write(STDERR_FILENO, kText.data(), kText.size());
+  _exit(1);
+}
 
 void HandleSignals() {
   struct sigaction action = {};
@@ -81,13 +140,18 @@ OutputFile::OutputFile(const std::string& name) : shown_(Shown(name)), place_(na
   }
   const std::size_t slash = place_.rfind('/');
   const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
-  temporary_ = place_.substr(0, begin) + ".epgcache.XXXXXX";
-  file_ = mkostemp(temporary_.data(), O_CLOEXEC);
+  const std::string folder = place_.substr(0, begin);
+  RemoveLeftBehind(folder.empty() ? "." : folder);
+  temporary_ = folder + std::string(kTemporaryName) + "XXXXXX";
+  {
+    const SignalsWait until_it_is_known;
+    file_ = MakeTemporary(temporary_);
+    if (file_ >= 0) SetFileInTheMaking(temporary_);
+  }
   if (file_ < 0) {
     temporary_.clear();
     Fail("no file can be made in its folder", errno);
   }
-  SetFileInTheMaking(temporary_);
   // Where that is not allowed, the file is its writer's.
   if (!is_new) (void)!fchown(file_, about.st_uid, about.st_gid);
   fchmod(file_, is_new ? PermissionsOfNewFiles() : about.st_mode & 0777);
@@ -97,6 +161,7 @@ OutputFile::OutputFile(const std::string& name) : shown_(Shown(name)), place_(na
 OutputFile::~OutputFile() {
   if (file_ >= 0) close(file_);
   if (!temporary_.empty()) {
+    const SignalsWait until_it_is_forgotten;
     unlink(temporary_.c_str());
     SetFileInTheMaking("");
   }
@@ -126,9 +191,7 @@ void OutputFile::Commit() {
   Flush();
   // Otherwise a machine that goes down could keep the new name and lose what is in the file.
   if (fsync(file_) != 0) Fail("cannot be written", errno);
-  const int file = file_;
-  file_ = -1;
-  if (close(file) != 0) Fail("cannot be written", errno);
+  const SignalsWait until_it_is_in_place;
   if (rename(temporary_.c_str(), place_.c_str()) != 0) Fail("cannot be put in place", errno);
   temporary_.clear();
   SetFileInTheMaking("");

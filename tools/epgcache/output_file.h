@@ -1,7 +1,8 @@
 // A file that is written beside its place and moved there when it is whole, so that whoever reads
 // it sees the old one or the new one.
 //
-// Ownership: what has not been committed is removed, also when a signal ends the program.
+// Ownership: what has not been committed is removed, also when a signal ends the program; what a
+//   program that was killed has left beside it is removed by the next one that writes there.
 // Threads: one at a time, and one file at a time.
 // Errors: Failure, with the file's name and the reason.
 #pragma once
@@ -34,8 +35,12 @@ class OutputFile {
   std::string waiting_;
 };
 
-// Has signals that end the program remove the file in the making first; a limit on file sizes, and
-// a reader of messages that is gone, are no signals any more.
+// Has signals that end the program remove the file in the making first. A limit on file sizes, and
+// a reader of messages that is gone, are ignored: writing fails then.
 void HandleSignals();
+
+// Where a library cannot go on without memory: removes the file in the making, says so, and ends
+// the program.
+[[noreturn]] void EndWithoutMemory();
 
 }  // namespace epgcache
