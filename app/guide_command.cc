@@ -15,6 +15,7 @@
 
 #include "app/complain.h"
 #include "app/display_text.h"
+#include "app/documents.h"
 #include "app/guide.h"
 #include "app/guide_grid.h"
 #include "app/local_time.h"
@@ -190,7 +191,7 @@ class GuideScreen {
       ComplainAsShell(
           "no programme is listed for " +
           (count == 1 ? "the one station" : "any of the " + std::to_string(count) + " stations") +
-          "; docs/listings.md says what a programme needs");
+          "; " + DocumentPath("listings.md") + " says what a programme needs");
       return kCallFailed;
     }
     if (!ChooseFrom()) return kCallFailed;
@@ -493,8 +494,8 @@ ExitStatus ShowGuide(const std::string& plugin_path, const GuideOptions& options
   if (!loaded) {
     ComplainAsShell(*stem + std::string(kExtension) +
                     " gives no schedule: " + Reason(words.Text()));
-    ComplainAsShell(
-        "docs/listings.md says how to write a file that loads, and what each message means");
+    ComplainAsShell(DocumentPath("listings.md") +
+                    " says how to write a file that loads, and what each message means");
     return kCallFailed;
   }
   return GuideScreen(guide, options).Show();

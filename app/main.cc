@@ -8,6 +8,7 @@
 #include <system_error>
 #include <vector>
 
+#include "app/documents.h"
 #include "app/guide_command.h"
 #include "app/run_command.h"
 
@@ -63,7 +64,7 @@ int Tell(const std::string& text) {
 // The module beside this program, or else in the folder where both are installed to.
 std::string DefaultPlugin() {
   std::error_code error;
-  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const auto folder = std::filesystem::path(shell::ProgramPath()).parent_path();
   const auto beside = folder / "epgbrowser.so";
   const auto installed = (folder / EPG_MODULE_FOLDER / "epgbrowser.so").lexically_normal();
   const bool use_installed =

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/complain.h"
+#include "app/documents.h"
 #include "app/script.h"
 #include "app/session.h"
 #include "host/engine.h"
@@ -88,8 +89,8 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
   bool known = true;
   for (const Call& call : calls) {
     if (!call.method.empty() && session->Instance().FindMethod(call.method.c_str()) == nullptr) {
-      Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method +
-               "; docs/scripting.md has them all");
+      Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method + "; " +
+               DocumentPath("scripting.md") + " has them all");
       known = false;
     }
   }

@@ -12,9 +12,10 @@ install(TARGETS epgbrowser LIBRARY DESTINATION ${private_libraries})
 # What host programs are compiled with.
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/epgbrowser/host
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
-install(DIRECTORY samples/ DESTINATION ${documents}/examples)
-install(FILES README.md DESTINATION ${documents})
-install(DIRECTORY docs/ DESTINATION ${documents}/docs FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY samples DESTINATION ${documents})
+install(FILES cmake/installed-readme.md DESTINATION ${documents} RENAME README.md)
+install(FILES docs/embedding.md docs/listings.md docs/real-guides.md docs/scripting.md
+  DESTINATION ${documents}/docs)
 
 # A manual page, a change log and a copyright notice, as a package of that name has them.
 find_program(GZIP gzip)

@@ -34,6 +34,8 @@ target_compile_options(epg_hidden INTERFACE
 # Where engine and module are installed, from where the programs are.
 file(RELATIVE_PATH EPG_MODULE_FOLDER
   ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/epgbrowser)
+file(RELATIVE_PATH EPG_DOCUMENTS_FOLDER
+  ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/doc/epgbrowser)
 function(epg_find_engine_from_program program)
   set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${EPG_MODULE_FOLDER}")
 endfunction()

@@ -2,8 +2,9 @@
 # Makes the packages, two .deb and a .tar.gz, in build/release.
 #
 #   scripts/package.sh          makes them, and has lintian look at each .deb where it is installed
-#   scripts/package.sh --check  and installs them into a clean root, as root with debootstrap, and
-#                               makes listings and shows a guide there
+#   scripts/package.sh --check  and installs them into a clean root that holds nothing but them and
+#                               what they depend on, as root with debootstrap, and follows their
+#                               README there
 set -eu
 cd "$(dirname "$0")/.."
 case "${1:-}" in
@@ -15,8 +16,23 @@ esac
 cmake --preset release -DEPG_TOOLS=ON >/dev/null
 cmake --build --preset release >/dev/null
 rm -f build/release/epg*.deb build/release/epg*.tar.gz
-(cd build/release && umask 022 && cpack >cpack.log) || { cat build/release/cpack.log >&2; exit 1; }
+(cd build/release && umask 022 && cpack >cpack.log 2>&1) ||
+  { cat build/release/cpack.log >&2; exit 1; }
 packages=$(ls build/release/epgbrowser*.deb build/release/epgcache*.deb)
+
+# The packaging tool goes on without a word where it could not work out a package's libraries.
+depends_on() {
+  dpkg-deb -f "$1" Depends | tr ',' '\n' | grep -q "^ *$2" || {
+    echo "$1 does not depend on $2; the packaging tool has said:" >&2
+    cat build/release/cpack.log >&2
+    exit 1
+  }
+}
+for library in libc6 libstdc++6; do
+  for package in $packages; do depends_on "$package" "$library"; done
+done
+for library in epgbrowser libicu libxml2; do depends_on build/release/epgcache*.deb "$library"; done
+
 # shellcheck disable=SC2086  # a list of words, here and below
 ls -l $packages build/release/epgbrowser*.tar.gz
 if command -v lintian >/dev/null 2>&1; then
@@ -33,16 +49,18 @@ trap 'umount "$root/proc" 2>/dev/null || true; rm -rf "$root"' EXIT
 mirror=$(apt-get indextargets --format '$(SITE)' "Created-By: Packages" | sort | uniq -c | sort -rn |
   awk 'NR == 1 { print $2 }')
 release=$(. /etc/os-release && echo "$VERSION_CODENAME")
-debootstrap --variant=minbase "$release" "$root" "$mirror" >"$root.log" 2>&1 ||
-  { tail -5 "$root.log" >&2; exit 1; }
+# Their dependencies by name, the first of alternatives.
+needed=$(for package in $packages; do dpkg-deb -f "$package" Depends; done | tr ',' '\n' |
+  sed 's/|.*//; s/(.*//; s/ //g' | grep -v '^epgbrowser$' | sort -u | paste -sd,)
+# Without apt there is nothing in the root that needs the C++ library, say, but the packages.
+debootstrap --variant=minbase --exclude=apt "--include=$needed" "$release" "$root" "$mirror" \
+  >"$root.log" 2>&1 || { tail -5 "$root.log" >&2; exit 1; }
 rm -f "$root.log"
 cp $packages "$root/tmp/"
 # The loader finds the program's own folder through /proc.
 mount -t proc proc "$root/proc"
-chroot "$root" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
-  $(for package in $packages; do echo "/tmp/$(basename "$package")"; done) >"$root/tmp/log" 2>&1 || { cat "$root/tmp/log" >&2; exit 1; }
+chroot "$root" sh -c 'dpkg -i /tmp/*.deb' >"$root/tmp/log" 2>&1 ||
+  { cat "$root/tmp/log" >&2; exit 1; }
 echo "Installed into a clean root; from there:"
-chroot "$root" env -i PATH=/usr/bin:/bin TZ=UTC sh -euc '
-  epgcache /usr/share/doc/epgbrowser/examples/week.xml -o /tmp/week.xml
-  epgcache --check /tmp/week.xml
-  epgshell guide /tmp/week --at "2026-11-23 20:00"'
+cp scripts/check-installed.sh "$root/tmp/"
+chroot "$root" env -i PATH=/usr/bin:/bin TZ=UTC sh /tmp/check-installed.sh

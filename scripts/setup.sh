@@ -23,8 +23,8 @@ case "${1:-build}" in
   fuzz) packages="$packages $tests clang libclang-rt-14-dev" ;;
   coverage) packages="$packages $tests gcovr" ;;
   bench) packages="$packages libbenchmark-dev" ;;
-  package) packages="$packages $tools dpkg-dev" ;;
-  package-check) packages="$packages $tools dpkg-dev lintian debootstrap" ;;
+  package) packages="$packages $tools dpkg-dev file" ;;
+  package-check) packages="$packages $tools dpkg-dev file lintian debootstrap" ;;
   check) packages="$packages $tests libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
   *)
     echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | check]" >&2
@@ -44,6 +44,7 @@ header_of() {
     libpugixml-dev) echo pugixml.hpp ;;
     libxml2-dev) echo libxml2/libxml/xmlreader.h ;;
     zlib1g-dev) echo zlib.h ;;
+    *) echo "$0: no header is known for $1" >&2; exit 2 ;;
   esac
 }
 
@@ -57,7 +58,6 @@ has_header() {
 command_of() {
   case "$1" in
     ninja-build) echo ninja ;;
-    dpkg-dev) echo dpkg-shlibdeps ;;
     xz-utils) echo xz ;;
     *) echo "$1" ;;
   esac
@@ -69,6 +69,7 @@ for package in $packages; do
     libclang-rt-14-dev)
       ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \
         >/dev/null 2>&1 || dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package" ;;
+    dpkg-dev) command -v dpkg-shlibdeps >/dev/null 2>&1 || missing="$missing $package" ;;
     *-dev) has_header "$(header_of "$package")" || missing="$missing $package" ;;
     *) command -v "$(command_of "$package")" >/dev/null 2>&1 || missing="$missing $package" ;;
   esac
