@@ -97,6 +97,7 @@ void CStation::BuildProgramIndex() {
   std::int32_t position = program_index_.Count();
   program_index_.SetSize(position + item_count_);
   for (CScheduleItem* item = first_item_; item != nullptr; item = item->next) {
+    item->position = position;
     program_index_[position++] = item;
   }
 }
@@ -130,6 +131,7 @@ const CScheduleItem* CStation::FindFirstProgram(std::int32_t from, std::int32_t 
 }
 
 std::int32_t CStation::IndexOf(const CScheduleItem& item) const {
-  return static_cast<std::int32_t>(std::find(program_index_.begin(), program_index_.end(), &item) -
-                                   program_index_.begin());
+  const std::int32_t count = program_index_.Count();
+  const bool is_there = item.position >= 0 && item.position < count;
+  return is_there && program_index_[item.position] == &item ? item.position : count;
 }
