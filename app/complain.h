@@ -4,19 +4,20 @@
 #include <cstdio>
 #include <string>
 
-#include "app/display_text.h"
+#include "app/terminal.h"
+#include "text/utf8.h"
 
 namespace shell {
 
-// Writes a line to standard error, in one piece.
+// Writes a line to standard error, in one piece. Texts of listings, or names of files, do not steer
+// a terminal; programs that read it get the bytes as they are.
 inline void Complain(const std::string& text) {
-  const std::string line = text + '\n';
+  const std::string line = (ErrorsAreShown() ? ForTerminal(text) : text) + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-// The same with the program's name before it. Texts of listings, or names of files, cannot steer
-// the terminal.
-inline void ComplainAsShell(const std::string& text) { Complain("epgshell: " + Shown(text)); }
+// The same with the program's name before it.
+inline void ComplainAsShell(const std::string& text) { Complain("epgshell: " + text); }
 
 inline void ComplainOfPlugin(const std::string& error) {
   ComplainAsShell("cannot use the plug-in: " + error);

@@ -15,9 +15,6 @@ namespace shell {
 // which every other character is '?'.
 std::string Shown(std::string_view text, bool ascii = false);
 
-// A copy in lower case; only ASCII letters have one.
-std::string Lowered(std::string_view text);
-
 // Columns that the text takes: none for a combining mark, two for a wide character.
 int ColumnsOf(std::string_view text);
 

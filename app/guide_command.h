@@ -1,27 +1,12 @@
 // `epgshell guide`: shows a listings file as a programme guide.
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <vector>
 
+#include "app/guide_options.h"
 #include "app/run_command.h"
 
 namespace shell {
-
-struct GuideOptions {
-  std::string listings;  // with or without its ".xml"
-  std::string at;        // empty: now, or the schedule's start when now lies outside it
-  std::optional<std::int32_t> hours;
-  std::vector<std::string> stations;  // all when there is none
-  std::string details;                // a station, or empty for the grid
-  std::string program_template;       // of the details; empty for the usual one
-};
-
-// Reads what stands behind `guide`. Nothing when it is not understood; `error` then says why.
-std::optional<GuideOptions> ReadGuideOptions(const std::vector<std::string>& arguments,
-                                             std::string& error);
 
 ExitStatus ShowGuide(const std::string& plugin_path, const GuideOptions& options);
 

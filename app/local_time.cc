@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "app/display_text.h"
+#include "text/letters.h"
 
 namespace shell {
 
@@ -16,7 +16,8 @@ namespace {
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
-constexpr std::int64_t kDaysTo1970 = 134774;
+// From which the system's time values count.
+constexpr sys_days kFirstDay = std::chrono::year(1601) / std::chrono::January / 1;
 constexpr std::string_view kMonths[] = {"jan", "feb", "mar", "apr", "may", "jun",
                                         "jul", "aug", "sep", "oct", "nov", "dec"};
 constexpr std::string_view kWeekdays[] = {"sunday",   "monday", "tuesday", "wednesday",
@@ -30,12 +31,12 @@ std::optional<std::int64_t> DayOf(int year, int month, int day) {
                             std::chrono::month(static_cast<unsigned>(month)),
                             std::chrono::day(static_cast<unsigned>(day)));
   if (!date.ok()) return std::nullopt;
-  return (sys_days(date).time_since_epoch().count() + kDaysTo1970) * kMinutesOfDay;
+  return (sys_days(date) - kFirstDay).count() * kMinutesOfDay;
 }
 
 sys_days DateOf(std::int64_t local) {
   const std::int64_t days = local / kMinutesOfDay - (local % kMinutesOfDay < 0 ? 1 : 0);
-  return sys_days(std::chrono::days(days - kDaysTo1970));
+  return kFirstDay + std::chrono::days(days);
 }
 
 std::optional<int> Number(std::string_view text) {

@@ -12,29 +12,35 @@
 #include "app/documents.h"
 #include "app/script.h"
 #include "app/session.h"
+#include "app/terminal.h"
 #include "host/engine.h"
 #include "text/counted_text.h"
+#include "text/utf8.h"
 
 namespace shell {
 
 namespace {
 
-// 0, or the system's code of what went wrong.
-int ReadAll(std::FILE* file, std::string& text) {
+// Far more than any script is long; what has no end is not read for ever.
+constexpr std::size_t kMostScriptBytes = std::size_t{64} << 20;
+
+// Empty, or what went wrong.
+std::string ReadAll(std::FILE* file, std::string& text) {
   char block[64 * 1024];
   for (;;) {
     errno = 0;
     const std::size_t count = std::fread(block, 1, sizeof block, file);
     text.append(block, count);
-    if (count == 0) return std::ferror(file) != 0 ? errno : 0;
+    if (text.size() > kMostScriptBytes) return "it is longer than 64 MiB";
+    if (count == 0) return std::ferror(file) != 0 ? std::strerror(errno) : "";
   }
 }
 
-int ReadScript(const std::string& script, std::string& text) {
+std::string ReadScript(const std::string& script, std::string& text) {
   if (script == "-") return ReadAll(stdin, text);
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(script.c_str(), "rb"),
                                                              std::fclose);
-  return file != nullptr ? ReadAll(file.get(), text) : errno;
+  return file != nullptr ? ReadAll(file.get(), text) : std::strerror(errno);
 }
 
 std::string Place(const std::string& name, std::size_t line) {
@@ -52,13 +58,14 @@ std::string ResultText(const ORVANE::MSSINSTANCE* result) {
 }
 
 // Runs one call and prints its line at once, so that it stands before what the next call logs.
-bool RunCall(Session& session, const Call& call, const std::string& place) {
+bool RunCall(Session& session, const Call& call, const std::string& place, bool shown) {
   ORVANE::CALL exec(&session.Instance(), place);
   for (const Argument& argument : call.arguments) {
     std::visit([&exec](const auto& value) { exec.AddArgument(value); }, argument);
   }
   const bool done = exec.Run(call.method.c_str());
-  const std::string line = (done ? ResultText(exec.Result()) : "failed") + '\n';
+  std::string line = (done ? ResultText(exec.Result()) : "failed") + '\n';
+  if (shown) line = ForTerminal(line);
   std::fwrite(line.data(), 1, line.size(), stdout);
   std::fflush(stdout);
   return done;
@@ -69,8 +76,8 @@ bool RunCall(Session& session, const Call& call, const std::string& place) {
 ExitStatus RunScript(const std::string& plugin_path, const std::string& script) {
   const std::string name = script == "-" ? "<stdin>" : script;
   std::string text;
-  if (const int error = ReadScript(script, text); error != 0) {
-    ComplainAsShell("cannot read the script " + name + ": " + std::strerror(error));
+  if (const std::string fault = ReadScript(script, text); !fault.empty()) {
+    ComplainAsShell("cannot read the script " + name + ": " + fault);
     return kNotRun;
   }
   std::vector<Call> calls;
@@ -96,11 +103,12 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
   }
   if (!known) return kNotRun;
 
+  const bool shown = ResultsAreShown();
   ExitStatus status = kAllDone;
   for (const Call& call : calls) {
     if (call.method.empty()) {
       session->Think();
-    } else if (!RunCall(*session, call, Place(name, call.line))) {
+    } else if (!RunCall(*session, call, Place(name, call.line), shown)) {
       status = kCallFailed;
     }
   }

@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <string_view>
 
+#include "app/terminal.h"
 #include "host/engine.h"
+#include "text/utf8.h"
 
 namespace shell {
 
@@ -34,6 +36,8 @@ void LogToStandardError() {
                                : type == ORVANE::ENTRY::Error  ? "error: "
                                : type == ORVANE::ENTRY::Caller ? "  at "
                                                                : "log: ";
+    const std::string safe = ErrorsAreShown() ? ForTerminal(text) : std::string(text);
+    text = safe;
     std::string entry = prefix;
     for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
       entry.append(text, 0, end + 1).append("  ");

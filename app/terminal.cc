@@ -49,5 +49,6 @@ Terminal Terminal::Find() {
 }
 
 bool ErrorsAreShown() { return ::isatty(STDERR_FILENO) != 0; }
+bool ResultsAreShown() { return ::isatty(STDOUT_FILENO) != 0; }
 
 }  // namespace shell

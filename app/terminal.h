@@ -5,7 +5,7 @@ namespace shell {
 
 struct Terminal {
   int columns;   // never fewer than 20
-  bool colours;  // the output is a terminal of today, and nobody has asked for no colours
+  bool colours;  // the output is a colour-capable terminal, and nobody has asked for no colours
   bool utf8;     // the environment's character encoding
   bool ascii;    // the output is a terminal, and not one of that encoding
 
@@ -13,7 +13,8 @@ struct Terminal {
   static Terminal Find();
 };
 
-// Whether standard error is a terminal, where a progress line may come and go.
+// Whether standard error or standard output is a terminal.
 bool ErrorsAreShown();
+bool ResultsAreShown();
 
 }  // namespace shell

@@ -1,4 +1,5 @@
 #include <time.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -8,6 +9,7 @@
 
 #include "platform/calendar.h"
 #include "platform/services.h"
+#include "text/utf8.h"
 #include "text/windows_1252.h"
 
 namespace platform {
@@ -91,7 +93,9 @@ void MessageBoxA(const char* text, const char* caption, unsigned style) {
   }
   try {
     std::string shown = std::string("message box [") + caption + "]: ";
-    for (const char* at = text; *at != '\0'; ++at) {
+    const bool is_terminal = ::isatty(STDERR_FILENO) != 0;
+    const std::string safe = is_terminal ? ForTerminal(text) : text;
+    for (const char* at = safe.c_str(); *at != '\0'; ++at) {
       shown += *at;
       if (*at == '\n') shown += "  ";
     }

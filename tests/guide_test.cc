@@ -8,6 +8,7 @@
 #include "app/display_text.h"
 #include "app/guide_command.h"
 #include "app/guide_grid.h"
+#include "app/guide_options.h"
 #include "app/local_time.h"
 #include "tests/support/test_support.h"
 
