@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <regex>
 #include <string>
+#include <tuple>
 
 #include "tests/support/test_support.h"
 
@@ -96,7 +98,7 @@ TEST(Epgshell, WrongUseRunsNothing) {
       {"fly", "epgshell: unknown command fly; there are guide and run\nusage: epgshell "},
       {"--plugin", "epgshell: --plugin needs a file\nusage: epgshell "},
       {"--plugin " + no_plugin.Path() + " run", "epgshell: cannot use the plug-in: "},
-      {"--plugin=" EPG_ENGINE " run", "lacks the functions Initialise and Release\n"},
+      {"--plugin=" EPG_HALF_PLUGIN " run", "lacks the functions Initialise and Release\n"},
   };
   for (const auto& [arguments, part] : rows) {
     const auto [status, out, err] = RunShell(arguments);
@@ -119,6 +121,106 @@ TEST(Epgshell, ShowsTheGuideOfTheSampleWeek) {
   EXPECT_EQ(details.status, 0) << details.err;
   EXPECT_EQ(details.out,
             "Velvet Reel, Thu 23 Nov 2006\n  20:00-22:00  The Orchard on Ganymede (2021)\n");
+}
+
+// "20061123200000": a time so many minutes from now.
+std::string FromNow(int minutes) {
+  const std::time_t time = std::time(nullptr) + minutes * 60;
+  char text[16];
+  return {text, std::strftime(text, sizeof text, "%Y%m%d%H%M%S", std::gmtime(&time))};
+}
+
+TEST(Epgshell, ShowsTheStationsAndTheTimeAskedFor) {
+  const auto programme = [](const std::string& start, const std::string& stop, const char* title) {
+    return "<programme start=\"" + start + "\" stop=\"" + stop + "\" channel=\"a\"><title>" +
+           title + "</title></programme>";
+  };
+  const std::string channels =
+      "<tv generator-info-name=\"XMLTV\"><channel id=\"a\"><display-name>Two</display-name>"
+      "</channel><channel id=\"b\"><display-name>Two HD</display-name></channel>";
+  const epg_test::TempFile now(
+      channels + programme(FromNow(-300), FromNow(300), "On since long ago, and as long again") +
+      "</tv>");
+  const epg_test::TempFile evening(
+      channels + programme("20061123200000", "20061124030000", "Through the night") + "</tv>");
+  const struct {
+    const epg_test::TempFile& listings;
+    std::string arguments;
+    std::string shown;
+    std::string not_shown;
+  } rows[] = {
+      {now, "", "v now ", "nothing is listed"},
+      {now, "", "\nTwo     <>On since long ago, and as long again", "\033"},
+      {now, "--stations 0-9", "\nTwo HD  ....", "there is no"},
+      {now, "--stations ' two , '", "\nTwo     <>On", "\nTwo HD"},
+      {now, "--stations 'hd, two'", "\nTwo HD  ", ""},
+      {evening, "--at 01:00 --hours 1", "        Fri 24 Nov\n        01:00 ", "20:00 "},
+      {evening, "--at 01:00 --hours 1", "\nTwo     <Through the night", ">"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = RunShell("guide " + row.listings.Path() + " " + row.arguments);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const std::string grid = outcome.out.substr(0, outcome.out.find("\n\n"));
+    EXPECT_NE(grid.find(row.shown), std::string::npos) << row.arguments << '\n' << grid;
+    EXPECT_TRUE(row.not_shown.empty() || grid.find(row.not_shown) == std::string::npos) << grid;
+  }
+  const Outcome utf8 =
+      epg_test::RunCommand("LC_ALL=C.UTF-8 COLUMNS=30 " EPG_SHELL " guide " + now.Path());
+  EXPECT_NE(utf8.out.find("<>On since long ago,\u2026"), std::string::npos) << utf8.out;
+}
+
+TEST(Epgshell, ResultsThatCannotBeWrittenAndScriptsWithoutEndAreFaults) {
+  const std::tuple<const char*, int, const char*> rows[] = {
+      {"echo 'GetReady()' | $E run >/dev/full", 1, "epgshell: cannot write the results\n"},
+      {"$E guide samples/week >/dev/full", 1, "cannot write the guide to standard output\n"},
+      {"$E --help >/dev/full", 1, "epgshell: cannot write to standard output\n"},
+      {"yes | $E run", 2, "cannot read the script <stdin>: it is longer than 64 MiB\n"},
+  };
+  for (const auto& [command, status, said] : rows) {
+    const Outcome outcome =
+        epg_test::RunCommand(std::string("cd " EPG_SOURCE_DIR "; E=" EPG_SHELL "; ") + command);
+    EXPECT_EQ(outcome.status, status) << command;
+    EXPECT_NE(outcome.err.find(said), std::string::npos) << outcome.err;
+  }
+}
+
+TEST(Epgshell, NothingSteersATerminal) {
+  const std::string hostile =
+      "\x1b]0;title\x07\x9b"
+      "2J\u009b"
+      "31m";
+  const epg_test::TempFile listings(
+      "<tv generator-info-name=\"XMLTV\"><channel id=\"a\">"
+      "<display-name>" +
+          hostile +
+          "</display-name></channel>"
+          "<programme channel=\"a\"><" +
+          hostile + "/></programme></tv>",
+      hostile + ".xml");
+  const epg_test::TempFile script("InitSchedule(\"\", \"\", \"" + listings.Stem() +
+                                  "\")\nGetStationCount()\nGetStationName(0)\n"
+                                  "InitSchedule(\"\", \"\", \"" +
+                                  hostile +
+                                  "\")\n"
+                                  "GetStationCount()\n");
+  const epg_test::TempFile wrong("Nope", hostile);
+  for (const std::string& arguments :
+       {"run " + script.Path(), "run '" + wrong.Path() + "'", "guide '" + listings.Path() + "'",
+        "guide '" + hostile + "'", "--plugin '" + wrong.Path() + "' run"}) {
+    const epg_test::TempFile command("#!/bin/sh\nTERM=dumb exec " EPG_SHELL " " + arguments + "\n");
+    const std::string shown =
+        epg_test::RunCommand("script -qec 'sh " + command.Path() + "' /dev/null </dev/null").out;
+    EXPECT_EQ(shown.find_first_of("\x1b\x07"), std::string::npos) << arguments << '\n' << shown;
+    EXPECT_EQ(shown.find("\u009b"), std::string::npos) << arguments;
+    EXPECT_EQ(shown.find("\x9b"
+                         "2J"),
+              std::string::npos)
+        << arguments;
+    EXPECT_NE(shown.find("title"), std::string::npos) << arguments << '\n' << shown;
+  }
+  // Programs read the bytes as they are.
+  const Outcome piped = RunShell("run " + script.Path());
+  EXPECT_NE(piped.err.find("element: " + hostile), std::string::npos) << piped.err;
 }
 
 TEST(Epgshell, ShowsListingsWithoutEndsAndFlags) {

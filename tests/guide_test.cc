@@ -33,7 +33,23 @@ TEST(DisplayText, IsCutByWhatATerminalShows) {
       {"a\x1b[31mb\tc\n", 10, "a [31mb c "},                          // nothing steers the terminal
       {"caf\xe9 \x92\x81", 7, "caf\u00e9 \u2019?"},                   // no UTF-8
       {"\xed\xa0\x80\xc0\xaf", 5, "\u00ed\u00a0\u20ac\u00c0\u00af"},  // nor this
+      {"a\x7f\u009b\u2028z", 5, "a   z"},                             // DEL, C1, a separator
       {"x", 0, ""},
+      // Titles as they are, with emoji, joiners and selectors.
+      {"\u231a Watchmen \u26bd", 14, "\u231a Watchmen \u26bd"},
+      {"\u2614\u26a1\u2b50", 6, "\u2614\u26a1\u2b50"},
+      {"I \u2764\ufe0f Lucy", 9, "I \u2764\ufe0f Lucy"},
+      {"\U0001f3ac Film", 7, "\U0001f3ac Film"},
+      {"\U0001f468\u200d\U0001f469\u200d\U0001f467 TV", 9,
+       "\U0001f468\u200d\U0001f469\u200d\U0001f467 TV"},
+      {"\U0001f1ee\U0001f1f9 Serie A", 10, "\U0001f1ee\U0001f1f9 Serie A"},
+      {"\uac00\uc694\ubb34\ub300", 8, "\uac00\uc694\ubb34\ub300"},
+      {"\u0e01\u0e35\u0e2c\u0e32", 3, "\u0e01\u0e35\u0e2c\u0e32"},
+      {"\u0939\u093f\u0928\u094d\u0926\u0940", 5, "\u0939\u093f\u0928\u094d\u0926\u0940"},
+      {"\u041d\u043e\u0432\u043e\u0441\u0442\u0438", 7,
+       "\u041d\u043e\u0432\u043e\u0441\u0442\u0438"},
+      {"\u05d7\u05d3\u05b7\u05e9\u05c1", 3, "\u05d7\u05d3\u05b7\u05e9\u05c1"},
+      {"1\ufe0f\u20e3 One", 6, "1\ufe0f\u20e3 One"},
   };
   for (const auto& [text, columns, shown] : rows) {
     EXPECT_EQ(shown, FitColumns(text, columns, "~")) << text;
@@ -69,6 +85,9 @@ TEST(Moments, AreReadAsPeopleWriteThem) {
       {"25 November, 20:15", "Wed 25 Nov 2026|20:15"},
       {"Nov 22", "Mon 22 Nov 2027|"},  // the next one
       {"29 feb", "Tue 29 Feb 2028|"},
+      {"23 Nov", "Mon 23 Nov 2026|"},  // today's own
+      {"midnight", "|00:00"},
+      {"yesterday 23:59", "Sun 22 Nov 2026|23:59"},
       {"mon 20:15", "Mon 23 Nov 2026|20:15"},
       {"sunday", "Sun 29 Nov 2026|"},
       {"20:15 tomorrow", "Tue 24 Nov 2026|20:15"},
@@ -118,6 +137,32 @@ TEST(GuideGrid, ShowsGapsDaysAndWhatIsOnNow) {
   }
   const std::string joined = shell::DrawGrid(grid, {81, true, true, false})[3];
   EXPECT_NE(joined.find("\033[7m|>A long title"), std::string::npos) << joined;
+}
+
+TEST(GuideGrid, DrawsTwoDaysInFewColumns) {
+  const auto at = [](const char* time) { return epg_test::At(time); };
+  shell::GuideGrid grid = {
+      at("2026-11-23 12:00"), at("2026-11-25 12:00"), at("2026-11-24 06:00"), 0, {}};
+  grid.rows = {
+      // What ends now is over; a cell of one column has no room for its title.
+      {"One",
+       {{at("2026-11-23 12:00"), at("2026-11-24 06:00"), "Ended"},
+        {at("2026-11-24 06:00"), at("2026-11-24 08:00"), "Narrow"},
+        {at("2026-11-24 08:00"), at("2026-11-24 20:00"), "Fits\x7f"}}},
+      // A long programme under two others shows before, between and behind them.
+      {"Two",
+       {{at("2026-11-23 10:00"), at("2026-11-25 10:00"), "Long"},
+        {at("2026-11-23 20:00"), at("2026-11-24 00:00"), "a"},
+        {at("2026-11-24 12:00"), at("2026-11-24 20:00"), "b"}}},
+  };
+  const std::vector<std::string> expected = {
+      "        Mon 23 Nov",
+      "              00:00       00:00",
+      "                 v now 06:00",
+      "One     |Ended   ||Fits ........",
+      "Two     <>L~|a<>Long|b  <>Long .",
+  };
+  EXPECT_EQ(expected, shell::DrawGrid(grid, {32, false, false, false}));
 }
 
 TEST(GuideOptions, AreCheckedBeforeAnythingIsLoaded) {
