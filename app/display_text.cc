@@ -27,26 +27,24 @@ struct Glyph {
 };
 
 // Asks for a character's picture, an emoji, which is two columns wide.
-constexpr std::string_view kPictureSelector = "\ufe0f";
+constexpr char32_t kPictureSelector = U'\ufe0f';
 
 // Takes the first character off a text that is not empty, with a picture selector behind it.
 Glyph TakeGlyph(std::string_view& text) {
   const Utf8Character character = DecodeUtf8(text);
-  if (character.bytes == 0) {
-    const char16_t unit = FromWindows1252(text[0]);
-    text.remove_prefix(1);
-    return {SteersTerminal(unit) ? "?" : EncodeUtf8(unit), 1};
-  }
-  Glyph glyph = {std::string(text.substr(0, character.bytes)), IsIn(kNoColumn, character.code) ? 0
-                                                               : IsIn(kTwoColumns, character.code)
-                                                                   ? 2
-                                                                   : 1};
-  text.remove_prefix(character.bytes);
-  if (SteersTerminal(character.code)) return {" ", 1};
-  if (glyph.columns != 0 && text.starts_with(kPictureSelector)) {
-    glyph.bytes += kPictureSelector;
+  const bool is_utf8 = character.bytes != 0;
+  const char32_t code = is_utf8 ? character.code : FromWindows1252(text[0]);
+  text.remove_prefix(is_utf8 ? character.bytes : 1);
+  if (SteersTerminal(code)) return {is_utf8 ? " " : "?", 1};
+  // By itself it would make a picture of whatever stands in front of the text.
+  if (code == kPictureSelector) return {"", 0};
+  Glyph glyph = {EncodeUtf8(code), IsIn(kNoColumn, code) ? 0 : IsIn(kTwoColumns, code) ? 2 : 1};
+  // There is none of a blank, which may stand for what is not shown.
+  if (const Utf8Character next = DecodeUtf8(text);
+      next.code == kPictureSelector && glyph.columns != 0 && code != U' ') {
+    glyph.bytes += text.substr(0, next.bytes);
     glyph.columns = 2;
-    text.remove_prefix(kPictureSelector.size());
+    text.remove_prefix(next.bytes);
   }
   return glyph;
 }

@@ -27,10 +27,18 @@ case "${1:-}" in
     scripts/check-format.sh
     build_and_test release -DEPG_BENCH=ON
     build_and_test release-clang
-    build_and_test asan
-    # The companion program has one thread.
-    build_and_test tsan -DEPG_TOOLS=OFF
+    # AddressSanitizer and UndefinedBehaviorSanitizer, in the build that fuzzing needs anyway.
+    build_and_test fuzz
     scripts/fuzz.sh --runs 3000
+    echo "== tsan"
+    cmake --preset tsan -DEPG_TESTS=ON -DEPG_TOOLS=OFF >/dev/null
+    cmake --build --preset tsan --target thread_tests
+    ctest --preset tsan -j "$(nproc)" -L threads
+    for preset in debug debug-clang asan asan-clang tsan-clang; do
+      echo "== $preset, the module alone"
+      cmake --preset "$preset" -DEPG_TESTS=OFF -DEPG_TOOLS=OFF >/dev/null
+      cmake --build --preset "$preset" --target epgbrowser
+    done
     scripts/check-static.sh
     # Only root can make the clean root that the package goes into.
     if [ "$(id -u)" -eq 0 ]; then scripts/package.sh --check; else scripts/package.sh; fi

@@ -426,7 +426,7 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
 }
 
 // A sanitizer has an allocator of its own, which a library cannot replace.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(EPG_SANITIZED)
 
 // Starts the program with a library that makes the C library's functions fail, see there.
 std::string Failing(const std::string& settings) {

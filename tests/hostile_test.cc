@@ -18,7 +18,7 @@ namespace {
 
 using ORVANE::MSTR;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(EPG_SANITIZED)
 constexpr std::size_t kMany = 100'000;
 #else
 constexpr std::size_t kMany = 1'000'000;

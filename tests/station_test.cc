@@ -128,7 +128,7 @@ long PeakMemory() {
   return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
-#if defined(__SANITIZE_THREAD__)
+#if defined(EPG_SANITIZED)
 constexpr bool kMemoryIsOurs = false;  // there is a shadow of all that is looked at
 #else
 constexpr bool kMemoryIsOurs = true;
