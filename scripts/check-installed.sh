@@ -10,7 +10,7 @@ failed() {
 }
 
 for document in README.md docs/*.md; do
-  for link in $(grep -o '](\([^)#]*\))' "$document" | sed 's/^](//; s/)$//' | grep -v ':'); do
+  for link in $(grep -o '](\([^)# ]*\))' "$document" | sed 's/^](//; s/)$//' | grep -v ':'); do
     [ -e "$(dirname "$document")/$link" ] || failed "$document: $link is not there"
   done
   ! grep -n 'scripts/\|build/' "$document" || failed "$document speaks of the source tree"
