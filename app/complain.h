@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "app/terminal.h"
+#include "app/system.h"
 #include "text/utf8.h"
 
 namespace shell {
@@ -21,7 +21,7 @@ inline void ComplainAsShell(const std::string& text) { Complain("epgshell: " + t
 
 inline void ComplainOfPlugin(const std::string& error) {
   ComplainAsShell("cannot use the plug-in: " + error);
-  ComplainAsShell("--plugin FILE names the plug-in to load; the file is called epgbrowser.so");
+  ComplainAsShell("--plugin FILE names the plug-in to load; the file is called " EPG_MODULE_FILE);
 }
 
 }  // namespace shell

@@ -3,12 +3,9 @@
 #include <filesystem>
 #include <system_error>
 
-namespace shell {
+#include "app/system.h"
 
-std::string ProgramPath() {
-  std::error_code error;
-  return std::filesystem::read_symlink("/proc/self/exe", error).string();
-}
+namespace shell {
 
 std::string DocumentPath(const std::string& name) {
   std::error_code error;

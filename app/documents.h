@@ -5,9 +5,6 @@
 
 namespace shell {
 
-// The path of this program's file; empty when the system does not tell.
-std::string ProgramPath();
-
 // The path of a document such as "listings.md", where it is installed; from the source tree, where
 // it stands there.
 std::string DocumentPath(const std::string& name);

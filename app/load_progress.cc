@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "app/display_text.h"
-#include "app/terminal.h"
+#include "app/system.h"
 
 namespace shell {
 

@@ -1,3 +1,5 @@
+#include "app/program.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -11,6 +13,7 @@
 #include "app/documents.h"
 #include "app/guide_command.h"
 #include "app/run_command.h"
+#include "app/system.h"
 
 namespace {
 
@@ -39,8 +42,9 @@ constexpr const char* kHelp =
     "                 GetStationCount()\n"
     "               and print one line for each: an integer, a text in double quotes,\n"
     "               ok, or failed. The engine's log goes to standard error.\n"
-    "  --plugin     the plug-in to load (default: epgbrowser.so beside this program, or\n"
-    "               where it is installed)\n"
+    "  --plugin     the plug-in to load (default: " EPG_MODULE_FILE
+    " beside this program,\n"
+    "               or where it is installed)\n"
     "\n"
     "Times are local, by the offset from UTC that is in force now. The guide uses\n"
     "colours on a terminal, unless NO_COLOR is set; in a pipe it is as wide as COLUMNS\n"
@@ -55,8 +59,7 @@ int Misused(const std::string& what) {
 }
 
 int Tell(const std::string& text) {
-  std::fputs(text.c_str(), stdout);
-  if (std::fflush(stdout) == 0) return shell::kAllDone;
+  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return shell::kAllDone;
   std::fputs("epgshell: cannot write to standard output\n", stderr);
   return shell::kCallFailed;
 }
@@ -65,8 +68,8 @@ int Tell(const std::string& text) {
 std::string DefaultPlugin() {
   std::error_code error;
   const auto folder = std::filesystem::path(shell::ProgramPath()).parent_path();
-  const auto beside = folder / "epgbrowser.so";
-  const auto installed = (folder / EPG_MODULE_FOLDER / "epgbrowser.so").lexically_normal();
+  const auto beside = folder / EPG_MODULE_FILE;
+  const auto installed = (folder / EPG_MODULE_FOLDER / EPG_MODULE_FILE).lexically_normal();
   const bool use_installed =
       !std::filesystem::exists(beside, error) && std::filesystem::exists(installed, error);
   return (use_installed ? installed : beside).string();
@@ -114,7 +117,8 @@ int Main(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int RunEpgshell(int argc, char** argv) {
+  const shell::Streams streams;
   try {
     return Main({argv + 1, argv + argc});
   } catch (const std::exception& error) {

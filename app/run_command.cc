@@ -12,7 +12,7 @@
 #include "app/documents.h"
 #include "app/script.h"
 #include "app/session.h"
-#include "app/terminal.h"
+#include "app/system.h"
 #include "host/engine.h"
 #include "text/counted_text.h"
 #include "text/utf8.h"

@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <string_view>
 
-#include "app/terminal.h"
+#include "app/system.h"
 #include "host/engine.h"
-#include "text/utf8.h"
+#include "text/entry_text.h"
 
 namespace shell {
 
@@ -13,6 +13,7 @@ std::unique_ptr<Session> Session::Open(const std::string& plugin_path, std::stri
   std::unique_ptr<Session> session(new Session);
   session->plugin_ = ORVANE::PLUGIN::Load(plugin_path.c_str(), error);
   if (session->plugin_ == nullptr) return nullptr;
+  ShowBoxesAsText(plugin_path);
   session->plugin_->Initialise();
   session->browser_ = ORVANE::CreateEntity("CEPGBrowser");
   session->instance_ = ORVANE::CreateInstance("EPGBROWSER");
@@ -36,14 +37,7 @@ void LogToStandardError() {
                                : type == ORVANE::ENTRY::Error  ? "error: "
                                : type == ORVANE::ENTRY::Caller ? "  at "
                                                                : "log: ";
-    const std::string safe = ErrorsAreShown() ? ForTerminal(text) : std::string(text);
-    text = safe;
-    std::string entry = prefix;
-    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
-      entry.append(text, 0, end + 1).append("  ");
-      text.remove_prefix(end + 1);
-    }
-    entry.append(text) += '\n';
+    const std::string entry = EntryText(prefix, text, ErrorsAreShown());
     std::fwrite(entry.data(), 1, entry.size(), stderr);
   });
 }

@@ -1,13 +1,12 @@
 #include "app/terminal.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
+
+#include "app/system.h"
 
 namespace shell {
 
@@ -18,7 +17,7 @@ std::string_view Environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
-bool SpeaksUtf8() {
+bool LocaleIsUtf8() {
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
     const std::string_view locale = Environment(name);
     if (locale.empty()) continue;
@@ -33,22 +32,15 @@ bool SpeaksUtf8() {
 Terminal Terminal::Find() {
   constexpr int kFewest = 20;
   constexpr int kUsual = 80;
-  const bool shown = ::isatty(STDOUT_FILENO) != 0;
-  winsize size = {};
-  int columns = 0;
-  if (shown && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) columns = size.ws_col;
+  int columns = TerminalColumns();
   if (columns == 0) {
     const std::string_view asked = Environment("COLUMNS");
     const auto [end, error] = std::from_chars(asked.data(), asked.data() + asked.size(), columns);
     if (error != std::errc() || columns <= 0) columns = kUsual;
   }
-  const bool utf8 = SpeaksUtf8();
-  const bool colours =
-      shown && utf8 && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
-  return {std::clamp(columns, kFewest, 1000), colours, utf8, shown && !utf8};
+  const bool utf8 = TerminalTakesUtf8() || LocaleIsUtf8();
+  const bool colours = utf8 && TerminalTakesColours() && Environment("NO_COLOR").empty();
+  return {std::clamp(columns, kFewest, 1000), colours, utf8, ResultsAreShown() && !utf8};
 }
-
-bool ErrorsAreShown() { return ::isatty(STDERR_FILENO) != 0; }
-bool ResultsAreShown() { return ::isatty(STDOUT_FILENO) != 0; }
 
 }  // namespace shell

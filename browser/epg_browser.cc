@@ -2,8 +2,10 @@
 
 #include <atomic>
 #include <cassert>
+#include <chrono>
 #include <exception>
 #include <new>
+#include <thread>
 #include <utility>
 
 #include "browser/browser_pin.h"
@@ -42,22 +44,13 @@ class CLiveBrowsers {
   }
 
   void Unpin(CEPGBrowser& browser) {
-    {
-      const CSpinLock lock(busy_);
-      if (--browser.pins_ != 0 || waiting_ == 0) return;
-    }
-    // The browser may be gone already; the counter stays.
-    unpinned_.fetch_add(1);
-    unpinned_.notify_all();
+    const CSpinLock lock(busy_);
+    --browser.pins_;
   }
 
-  // REQUIRES: the browser has been removed.
+  // Hardly ever is there one. REQUIRES: the browser has been removed.
   void WaitForPins(const CEPGBrowser& browser) {
-    Await(1);
-    for (unsigned seen = unpinned_.load(); IsPinned(browser); seen = unpinned_.load()) {
-      unpinned_.wait(seen);
-    }
-    Await(-1);
+    while (IsPinned(browser)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 
  private:
@@ -65,15 +58,9 @@ class CLiveBrowsers {
     const CSpinLock lock(busy_);
     return browser.pins_ != 0;
   }
-  void Await(int more) {
-    const CSpinLock lock(busy_);
-    waiting_ += more;
-  }
 
   std::atomic_flag busy_;
   CEPGBrowser* first_ = nullptr;  // under busy_
-  int waiting_ = 0;               // under busy_: destructions that wait for pins
-  std::atomic<unsigned> unpinned_ = 0;
 };
 
 namespace {

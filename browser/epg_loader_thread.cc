@@ -16,8 +16,10 @@ bool CEPGLoaderThread::Advance(Life from, Life to) {
          (from == Life::kRunning && (to == Life::kEnded || to == Life::kStopping)) ||
          (from == Life::kStopping && to == Life::kAbandoned) ||
          (from == Life::kEnded && to == Life::kAbandoned));
-  if (!life_.compare_exchange_strong(from, to)) return false;
-  life_.notify_all();
+  const std::lock_guard lock(mutex_);
+  if (life_.load() != from) return false;
+  life_.store(to);
+  changed_.notify_all();
   return true;
 }
 
@@ -38,7 +40,10 @@ bool CEPGLoaderThread::StartLoad() {
 
 void CEPGLoaderThread::StopAndWait() {
   if (Advance(Life::kRunning, Life::kStopping)) Stop();
-  life_.wait(Life::kStopping);
+  {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return life_.load() != Life::kStopping; });
+  }
   if (!Advance(Life::kMade, Life::kAbandoned)) Advance(Life::kEnded, Life::kAbandoned);
   // Run is about to return, and what it has logged to be written; the engine has no wait for that.
   while (Active()) std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 
 #include "host/mstr.h"
 #include "host/mthread.h"
@@ -54,6 +56,8 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
 
   const ORVANE::MSTR file_name_;
   CEPGBrowser& owner_;
-  ORVANE::MSTR status_text_;  // the loader's thread's alone until the load has ended
-  std::atomic<Life> life_ = Life::kMade;
+  ORVANE::MSTR status_text_;              // the loader's thread's alone until the load has ended
+  std::atomic<Life> life_ = Life::kMade;  // changed under mutex_
+  std::mutex mutex_;
+  std::condition_variable changed_;
 };

@@ -10,6 +10,11 @@ if(EPG_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+if(WIN32)
+  # The system's headers without what nobody asks them for, and without its macros MIN, MAX and ERROR.
+  add_compile_definitions(WIN32_LEAN_AND_MEAN NOGDI NOMINMAX)
+endif()
+
 # Warnings, all of them errors.
 add_library(epg_warnings INTERFACE)
 target_compile_options(epg_warnings INTERFACE

@@ -1,14 +1,18 @@
 // What every declaration of the engine library shares: export marks and compiler attributes.
 #pragma once
 
+// What a library gives to others.
 #if defined(_WIN32)
-#if defined(ORVANE_BUILD)
-#define ORVANE_API __declspec(dllexport)
+#define ORVANE_EXPORT __declspec(dllexport)
 #else
-#define ORVANE_API __declspec(dllimport)
+#define ORVANE_EXPORT __attribute__((visibility("default")))
 #endif
+
+// What the engine gives to its guests and hosts.
+#if defined(_WIN32) && !defined(ORVANE_BUILD)
+#define ORVANE_API __declspec(dllimport)
 #else
-#define ORVANE_API __attribute__((visibility("default")))
+#define ORVANE_API ORVANE_EXPORT
 #endif
 
 #if defined(__GNUC__)

@@ -1,6 +1,7 @@
 #include "host/mobj.h"
 
 #include <atomic>
+#include <thread>
 
 #include "host/internal/registry.h"
 
@@ -12,13 +13,10 @@ constinit const MOBJ::SREC* classes_head = nullptr;
 }  // namespace
 
 REGISTRYLOCK::REGISTRYLOCK() {
-  while (registry_busy.test_and_set(std::memory_order_acquire)) registry_busy.wait(true);
+  while (registry_busy.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
 }
 
-REGISTRYLOCK::~REGISTRYLOCK() {
-  registry_busy.clear(std::memory_order_release);
-  registry_busy.notify_one();
-}
+REGISTRYLOCK::~REGISTRYLOCK() { registry_busy.clear(std::memory_order_release); }
 
 void CLASSES::Add(const MOBJ::SREC& record) {
   const REGISTRYLOCK lock;

@@ -63,7 +63,7 @@ MSTR MXML::NODE::GetAttribute(const char* wanted) const {
 int MXML::NODE::GetAttributeAsInt(const char* wanted, int missing) const {
   const ATTRIB* const attribute = FindAttribute(*this, wanted);
   if (attribute == nullptr) return missing;
-  return static_cast<int>(std::strtol(attribute->value.text, nullptr, 10));
+  return static_cast<int>(std::strtoll(attribute->value.text, nullptr, 10));
 }
 
 void MXML::NODE::AddNode(NODE* child) {

@@ -32,11 +32,11 @@ bool ToFileTime(const SystemTime& t, FileTime& time) {
   return true;
 }
 
-SystemTime FromFileTime(FileTime time) {
+bool FromFileTime(FileTime time, SystemTime& t) {
+  if (time < 0) return false;
   const sys_days day = kFirstDay + std::chrono::days(time / kTicksPerDay);
   const year_month_day date(day);
   const int milliseconds = static_cast<int>(time % kTicksPerDay / 10'000);
-  SystemTime t = {};
   t.year = static_cast<int>(date.year());
   t.month = static_cast<int>(static_cast<unsigned>(date.month()));
   t.day_of_week = static_cast<int>(std::chrono::weekday(day).c_encoding());
@@ -45,7 +45,7 @@ SystemTime FromFileTime(FileTime time) {
   t.minute = milliseconds / 60'000 % 60;
   t.second = milliseconds / 1'000 % 60;
   t.milliseconds = milliseconds % 1'000;
-  return t;
+  return true;
 }
 
 }  // namespace platform

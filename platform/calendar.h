@@ -1,4 +1,6 @@
-// The Gregorian calendar, for systems that lack the file-time conversions.
+// The conversions of file times, for systems that lack them.
+//
+// What fails, fails for an invalid parameter.
 #pragma once
 
 #include <chrono>
@@ -15,7 +17,7 @@ inline constexpr FileTime kUnixEpoch = -kFirstDay.time_since_epoch().count() * k
 // True, and `time` set, when date and time exist and the year lies in 1601 to 30827.
 [[nodiscard]] bool ToFileTime(const SystemTime& broken_down, FileTime& time);
 
-// REQUIRES: `time` is not negative.
-SystemTime FromFileTime(FileTime time);
+// True, and `broken_down` set, when the time is not negative.
+[[nodiscard]] bool FromFileTime(FileTime time, SystemTime& broken_down);
 
 }  // namespace platform

@@ -9,7 +9,7 @@
 
 #include "platform/calendar.h"
 #include "platform/services.h"
-#include "text/utf8.h"
+#include "text/entry_text.h"
 #include "text/windows_1252.h"
 
 namespace platform {
@@ -60,16 +60,18 @@ bool FileTimeToLocalFileTime(FileTime utc, FileTime& local) {
 }
 
 bool FileTimeToSystemTime(FileTime time, SystemTime& broken_down) {
-  if (time < 0) return Fail(kErrorInvalidParameter);
-  broken_down = FromFileTime(time);
-  return true;
+  return FromFileTime(time, broken_down) || Fail(kErrorInvalidParameter);
 }
 
 bool SystemTimeToFileTime(const SystemTime& broken_down, FileTime& time) {
   return ToFileTime(broken_down, time) || Fail(kErrorInvalidParameter);
 }
 
-SystemTime GetLocalTime() { return FromFileTime(GetSystemTimeAsFileTime() + LocalOffset()); }
+SystemTime GetLocalTime() {
+  SystemTime now = {};
+  // A clock before 1601 has no date.
+  return FromFileTime(GetSystemTimeAsFileTime() + LocalOffset(), now) ? now : SystemTime{};
+}
 
 int GetLastError() { return last_error; }
 
@@ -92,15 +94,8 @@ void MessageBoxA(const char* text, const char* caption, unsigned style) {
     return;
   }
   try {
-    std::string shown = std::string("message box [") + caption + "]: ";
-    const bool is_terminal = ::isatty(STDERR_FILENO) != 0;
-    const std::string safe = is_terminal ? ForTerminal(text) : text;
-    for (const char* at = safe.c_str(); *at != '\0'; ++at) {
-      shown += *at;
-      if (*at == '\n') shown += "  ";
-    }
-    shown += '\n';
-    std::fwrite(shown.data(), 1, shown.size(), stderr);
+    const std::string entry = EntryText(BoxPrefix(caption), text, ::isatty(STDERR_FILENO) != 0);
+    std::fwrite(entry.data(), 1, entry.size(), stderr);
   } catch (const std::bad_alloc&) {  // the box is lost; whoever shows it goes on
   }
 }

@@ -282,7 +282,7 @@ TEST_F(ImportDriver, TellsTheReasonOfAFailureInTheLogAlone) {
     file_.Write(content);
     EXPECT_EQ(Drive(file_.Path()), report) << content;
   }
-  const epg_test::TempFile odd(radio_times, "%n%s%5\xff\x80 \"&'.xml");
+  const epg_test::TempFile odd(radio_times, "%n%s%5\xff\x80 &'.xml");
   EXPECT_EQ(Drive(odd.Path()), rows[0].second);
   for (const auto& path : {odd.Stem(), odd.Path().substr(0, odd.Path().rfind('/'))}) {
     EXPECT_EQ(Drive(path), "-\nFailed to open file \"FILE\".\nlog: Failed to open file \"FILE\".");

@@ -1,8 +1,8 @@
 // The engine stand-in, as far as the plug-in builds on it.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <semaphore>
+#include <filesystem>
+#include <future>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -111,10 +111,9 @@ TEST(Mstrm, OpensRegularFilesAndStepsBackAcrossItsWindow) {
   std::string content;
   while (content.size() < 70'000) content += static_cast<char>(content.size() % 251);
   const TempFile file(content);
-  const std::string fifo = file.Path() + ".fifo";
-  ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
+  const std::string folder = std::filesystem::temp_directory_path().string();
   MSTRM stream;
-  for (const std::string& path : {fifo, "/tmp"s, file.Path() + ".missing"})
+  for (const std::string& path : {folder, file.Path() + ".missing", std::string(40'000, 'x')})
     EXPECT_FALSE(stream.Open(path.c_str(), true, false, true)) << path;
   ASSERT_TRUE(stream.Open(file.Name(), true, false, true));
   std::string read(70'001, '-');
@@ -133,8 +132,8 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
   struct Worker final : MTHREAD {
     Worker() : MTHREAD(0) {}
     void Run() override {
-      begun.release();
-      gate.acquire();
+      begun.set_value();
+      gate.get_future().wait();
       for (std::size_t i = 0; i < kEntries; ++i) ORVANE::MLog.Log("%s", Entry(i).c_str());
       if (CheckStop()) throw std::runtime_error("no %s disk");
     }
@@ -142,15 +141,15 @@ TEST(Threads, AreActiveUntilRunHasThrownAndTheirLogIsWritten) {
     static std::string Entry(std::size_t i) {
       return std::to_string(i) + std::string(i % 300, '-');
     }
-    std::binary_semaphore begun{0}, gate{0};
+    std::promise<void> begun, gate;
   };
   epg_test::LogCapture log;
   Worker worker;
   worker.Start();
   worker.Stop();
-  worker.begun.acquire();
+  worker.begun.get_future().wait();
   EXPECT_TRUE(worker.Active());
-  worker.gate.release();
+  worker.gate.set_value();
   while (worker.Active()) std::this_thread::yield();
   const std::vector<std::string> entries = log.Take();
   ASSERT_EQ(kEntries + 1, entries.size());

@@ -1,7 +1,6 @@
 #include "schedule/station.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <deque>
@@ -122,12 +121,6 @@ TEST(TimeIndex, TakesAMillionItemsInReverse) {
   EXPECT_EQ(1'000'000, station.GetProgramCount());
 }
 
-// The most memory that has been in use so far, in KB.
-long PeakMemory() {
-  rusage usage = {};
-  return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
-}
-
 #if defined(EPG_SANITIZED)
 constexpr bool kMemoryIsOurs = false;  // there is a shadow of all that is looked at
 #else
@@ -137,14 +130,14 @@ constexpr bool kMemoryIsOurs = true;
 TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
   std::vector dates = {Time{0}, At("20:15"), Time{INT32_MAX - 60}};
   std::deque<CStation> stations;
-  const long before = PeakMemory();
+  const std::int64_t before = epg_test::PeakMemory();
   while (stations.size() < (kMemoryIsOurs ? 100 : 10)) {
     CStation& station = stations.emplace_back();
     std::next_permutation(dates.begin(), dates.end());
     for (const Time date : dates) Insert(station, date, date + 60);
     Insert(station, At("12:00"), At("13:00"));
     EXPECT_EQ(At("12:00"), StartOf(station.FindFirstProgram(At("12:30"), At("13:00"))));
-    ASSERT_TRUE(!kMemoryIsOurs || PeakMemory() - before < 1'000'000);
+    ASSERT_TRUE(!kMemoryIsOurs || epg_test::PeakMemory() - before < 1'000'000);
   }
 }
 

@@ -14,8 +14,8 @@ struct Utf8Character {
 // character is none.
 constexpr Utf8Character DecodeUtf8(std::string_view text) {
   if (text.empty()) return {0, 0};
-  const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  const unsigned char lead = byte(0);
+  const auto byte_at = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  const unsigned char lead = byte_at(0);
   const std::size_t bytes = lead < 0x80   ? 1
                             : lead < 0xc2 ? 0
                             : lead < 0xe0 ? 2
@@ -25,8 +25,8 @@ constexpr Utf8Character DecodeUtf8(std::string_view text) {
   if (bytes == 0 || text.size() < bytes) return {0, 0};
   char32_t code = bytes == 1 ? lead : lead & (0x7fu >> bytes);
   for (std::size_t at = 1; at < bytes; ++at) {
-    if ((byte(at) & 0xc0) != 0x80) return {0, 0};
-    code = code << 6 | (byte(at) & 0x3fu);
+    if ((byte_at(at) & 0xc0) != 0x80) return {0, 0};
+    code = code << 6 | (byte_at(at) & 0x3fu);
   }
   constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
   const bool is_none =

@@ -1,12 +1,11 @@
 #include "tests/support/test_support.h"
 
-#include <stdlib.h>
-#include <sys/wait.h>
-
 #include <atomic>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <utility>
 
@@ -17,8 +16,11 @@
 namespace epg_test {
 
 TempFile::TempFile(std::string_view content, const std::string& name) {
-  folder_ = (std::filesystem::temp_directory_path() / "epg-test-XXXXXX").string();
-  if (::mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  std::random_device random;
+  do {
+    folder_ = (std::filesystem::temp_directory_path() / "epg-test-").generic_string() +
+              std::to_string(random());
+  } while (!std::filesystem::create_directory(folder_));
   path_ = folder_ + '/' + name;
   Write(content);
 }
@@ -37,14 +39,6 @@ void TempFile::Write(std::string_view content) const {
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Outcome RunCommand(const std::string& command) {
-  const TempFile out("", "out");
-  const TempFile err("", "err");
-  const int status =
-      std::system(("{ " + command + "\n} >" + out.Path() + " 2>" + err.Path()).c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out.Path()), ReadFile(err.Path())};
 }
 
 LogCapture::LogCapture() {
