@@ -2,20 +2,36 @@
 # console host, and one of the companion programs, with the libraries that those need.
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME epgbrowser)
-set(documents ${CMAKE_INSTALL_DATADIR}/doc/epgbrowser)
-# Engine and module are private to this package; the programs find them from where they stand.
-set(private_libraries ${CMAKE_INSTALL_LIBDIR}/epgbrowser)
 
 install(TARGETS epgshell RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS orvane LIBRARY DESTINATION ${private_libraries})
-install(TARGETS epgbrowser LIBRARY DESTINATION ${private_libraries})
+install(TARGETS orvane
+  LIBRARY DESTINATION ${EPG_LIBRARIES}
+  RUNTIME DESTINATION ${EPG_LIBRARIES}
+  ARCHIVE EXCLUDE_FROM_ALL DESTINATION ${EPG_LIBRARIES})
+install(TARGETS epgbrowser LIBRARY DESTINATION ${EPG_LIBRARIES})
 # What host programs are compiled with.
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/epgbrowser/host
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
-install(DIRECTORY samples DESTINATION ${documents})
-install(FILES cmake/installed-readme.md DESTINATION ${documents} RENAME README.md)
+install(DIRECTORY samples DESTINATION ${EPG_DOCUMENTS})
+install(FILES cmake/${EPG_SYSTEM}-readme.md DESTINATION ${EPG_DOCUMENTS} RENAME README.md)
 install(FILES docs/embedding.md docs/listings.md docs/real-guides.md docs/scripting.md
-  DESTINATION ${documents}/docs)
+  DESTINATION ${EPG_DOCUMENTS}/docs)
+
+set(CPACK_PACKAGE_NAME epgbrowser)
+set(CPACK_PACKAGE_CONTACT "The EPG browser authors <authors@norvex.example>")
+set(CPACK_STRIP_FILES ON)
+if(WIN32)
+  install(TARGETS epgshell_program LIBRARY DESTINATION .)
+  install(FILES LICENSE DESTINATION licences RENAME epgbrowser.txt)
+  # Of the run-time libraries that stand beside the programs.
+  install(FILES /usr/share/doc/gcc-mingw-w64-base/copyright DESTINATION licences RENAME gcc.txt)
+  install(FILES /usr/share/doc/mingw-w64-x86-64-dev/copyright
+    DESTINATION licences RENAME mingw-w64.txt)
+  set(CPACK_GENERATOR ZIP)
+  set(CPACK_PACKAGE_FILE_NAME epgbrowser-${PROJECT_VERSION}-windows-x86_64)
+  include(CPack)
+  return()
+endif()
 
 # A manual page, a change log and a copyright notice, as a package of that name has them.
 find_program(GZIP gzip)
@@ -48,9 +64,6 @@ if(EPG_TOOLS)
 endif()
 
 set(CPACK_GENERATOR DEB TGZ)
-set(CPACK_PACKAGE_NAME epgbrowser)
-set(CPACK_PACKAGE_CONTACT "The EPG browser authors <authors@norvex.example>")
-set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

@@ -36,11 +36,21 @@ target_compile_options(epg_hidden INTERFACE
   -fvisibility=hidden -fvisibility-inlines-hidden
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 
-# Where engine and module are installed, from where the programs are.
-file(RELATIVE_PATH EPG_MODULE_FOLDER
-  ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/epgbrowser)
-file(RELATIVE_PATH EPG_DOCUMENTS_FOLDER
-  ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/doc/epgbrowser)
+# Where engine and module are installed, and the documents; and where that is from the programs.
+if(WIN32)
+  set(EPG_LIBRARIES .)
+  set(EPG_DOCUMENTS .)
+  set(EPG_MODULE_FOLDER .)
+  set(EPG_DOCUMENTS_FOLDER .)
+else()
+  # Engine and module are private to this package.
+  set(EPG_LIBRARIES ${CMAKE_INSTALL_LIBDIR}/epgbrowser)
+  set(EPG_DOCUMENTS ${CMAKE_INSTALL_DATADIR}/doc/epgbrowser)
+  file(RELATIVE_PATH EPG_MODULE_FOLDER
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/epgbrowser)
+  file(RELATIVE_PATH EPG_DOCUMENTS_FOLDER
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/doc/epgbrowser)
+endif()
 function(epg_find_engine_from_program program)
   set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${EPG_MODULE_FOLDER}")
 endfunction()

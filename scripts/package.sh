@@ -2,6 +2,7 @@
 # Makes the packages, two .deb and a .tar.gz, in build/release.
 #
 #   scripts/package.sh          makes them, and has lintian look at each .deb where it is installed
+#   scripts/package.sh --windows  makes a .zip for Windows, in build/windows, and tries it under Wine
 #   scripts/package.sh --check  and installs them into a clean root that holds nothing but them and
 #                               what they depend on, as root with debootstrap, and follows their
 #                               README there
@@ -10,7 +11,8 @@ cd "$(dirname "$0")/.."
 case "${1:-}" in
   "") scripts/setup.sh package ;;
   --check) scripts/setup.sh package-check ;;
-  *) echo "usage: $0 [--check]" >&2; exit 2 ;;
+  --windows) exec scripts/package-windows.sh ;;
+  *) echo "usage: $0 [--check | --windows]" >&2; exit 2 ;;
 esac
 
 cmake --preset release -DEPG_TOOLS=ON >/dev/null

@@ -10,6 +10,7 @@
 #   scripts/setup.sh bench     and the benchmarks
 #   scripts/setup.sh package   and making packages
 #   scripts/setup.sh package-check  and installing one into a clean root
+#   scripts/setup.sh windows   and building and testing for Windows
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
@@ -25,9 +26,10 @@ case "${1:-build}" in
   bench) packages="$packages libbenchmark-dev" ;;
   package) packages="$packages $tools dpkg-dev file" ;;
   package-check) packages="$packages $tools dpkg-dev file lintian debootstrap" ;;
+  windows) packages="$packages $tests g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth xdotool zip unzip" ;;
   check) packages="$packages $tests libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
   *)
-    echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | check]" >&2
+    echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | windows | check]" >&2
     exit 2
     ;;
 esac
@@ -57,7 +59,10 @@ has_header() {
 
 command_of() {
   case "$1" in
+    g++-mingw-w64-x86-64-posix) echo x86_64-w64-mingw32-g++-posix ;;
     ninja-build) echo ninja ;;
+    wine64) echo wine ;;
+    xvfb) echo Xvfb ;;
     xz-utils) echo xz ;;
     *) echo "$1" ;;
   esac
@@ -69,6 +74,7 @@ for package in $packages; do
     libclang-rt-14-dev)
       ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \
         >/dev/null 2>&1 || dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package" ;;
+    googletest) [ -e /usr/src/googletest/CMakeLists.txt ] || missing="$missing $package" ;;
     dpkg-dev) command -v dpkg-shlibdeps >/dev/null 2>&1 || missing="$missing $package" ;;
     *-dev) has_header "$(header_of "$package")" || missing="$missing $package" ;;
     *) command -v "$(command_of "$package")" >/dev/null 2>&1 || missing="$missing $package" ;;

@@ -2,6 +2,7 @@
 # Builds the tests and runs them all.
 #
 #   scripts/test.sh          the release build
+#   scripts/test.sh --windows  the release build, and that for Windows, under Wine
 #   scripts/test.sh --all    with both compilers and under the sanitizers, a little fuzzing, and the
 #                            checks of formatting, static analysis and the package: what
 #                            continuous integration runs
@@ -22,6 +23,11 @@ case "${1:-}" in
     scripts/setup.sh test
     build_and_test release
     ;;
+  --windows)
+    scripts/setup.sh test
+    build_and_test release
+    scripts/test-windows.sh
+    ;;
   --all)
     scripts/setup.sh check
     scripts/check-format.sh
@@ -39,12 +45,16 @@ case "${1:-}" in
       cmake --preset "$preset" -DEPG_TESTS=OFF -DEPG_TOOLS=OFF >/dev/null
       cmake --build --preset "$preset" --target epgbrowser
     done
+    scripts/test-windows.sh
+    echo "== windows-debug, the module alone"
+    cmake --preset windows-debug -DEPG_TESTS=OFF >/dev/null
+    cmake --build --preset windows-debug --target epgbrowser
     scripts/check-static.sh
     # Only root can make the clean root that the package goes into.
     if [ "$(id -u)" -eq 0 ]; then scripts/package.sh --check; else scripts/package.sh; fi
     ;;
   *)
-    echo "usage: $0 [--all]" >&2
+    echo "usage: $0 [--windows | --all]" >&2
     exit 2
     ;;
 esac

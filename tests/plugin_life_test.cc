@@ -9,6 +9,7 @@
 
 #include "host/engine.h"
 #include "host/mobj.h"
+#include "tests/support/resources.h"
 
 namespace {
 
@@ -42,7 +43,14 @@ void AskWhileLoading(BoundBrowser& browser) {
 }
 
 TEST(PluginLife, AHundredLivesWithTwoBrowsersLoadingAtOnceUnderQueries) {
+  int handles = 0;
+  std::int64_t memory = 0;  // in KB
   for (int life = 0; life < 100; ++life) {
+    if (life == 20) {  // when everything has been used
+      handles = epg_test::OpenHandles();
+      memory = epg_test::UsedMemory();
+      ASSERT_TRUE(handles > 0 && memory > 0);
+    }
     std::string error;
     const auto plugin = ORVANE::PLUGIN::Load(EPG_MODULE, error);
     ASSERT_NE(plugin, nullptr) << error;
@@ -59,6 +67,10 @@ TEST(PluginLife, AHundredLivesWithTwoBrowsersLoadingAtOnceUnderQueries) {
     }
     plugin->Release();
   }
+  EXPECT_LE(epg_test::OpenHandles(), handles);
+#if !defined(EPG_SANITIZED)
+  EXPECT_LE(epg_test::UsedMemory(), memory + 4'000);  // one schedule takes as much again
+#endif
 }
 
 TEST(PluginLife, UnloadingTakesItsNamesAlong) {

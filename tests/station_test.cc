@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "schedule/provider_data.h"
+#include "tests/support/resources.h"
 #include "tests/support/test_support.h"
 #include "text/counted_text.h"
 

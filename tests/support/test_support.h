@@ -43,9 +43,6 @@ struct Outcome {
 // Runs a command line of the shell. POSIX alone.
 Outcome RunCommand(const std::string& command);
 
-// The most memory that has been in use so far, in KB.
-std::int64_t PeakMemory();
-
 // Collects the engine's log, each entry as "notice: ", "error: ", "log: " or "at: " and its text.
 class LogCapture {
  public:

@@ -1,4 +1,3 @@
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -13,11 +12,6 @@ Outcome RunCommand(const std::string& command) {
   const int status =
       std::system(("{ " + command + "\n} >" + out.Path() + " 2>" + err.Path()).c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out.Path()), ReadFile(err.Path())};
-}
-
-std::int64_t PeakMemory() {
-  rusage usage = {};
-  return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
 }  // namespace epg_test

@@ -1,16 +1,20 @@
-// This project's own calendar and code page, which POSIX systems use, beside the system's.
+// What only Windows has; and this project's own calendar and code page, which other systems use,
+// beside those of Windows.
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <cstdint>
+#include <fstream>
 #include <optional>
 #include <random>
 #include <tuple>
 #include <vector>
 
+#include "host/mstrm.h"
 #include "platform/calendar.h"
 #include "platform/services.h"
+#include "tests/support/test_support.h"
 #include "text/windows_1252.h"
 
 namespace {
@@ -122,6 +126,17 @@ TEST(Services, HaveTheSystemsCodePage) {
     ASSERT_EQ(ours.value_or('.'), byte) << unit;
     ASSERT_EQ(!ours, lacking) << unit;
   }
+}
+
+TEST(Mstrm, OpensNoFileThatIsBeingWritten) {
+  const epg_test::TempFile file("<x/>");
+  ORVANE::MSTRM stream;
+  {
+    const std::ofstream writer(file.Path(), std::ios::app);
+    EXPECT_FALSE(stream.Open(file.Name(), true, false, true));
+  }
+  EXPECT_TRUE(stream.Open(file.Name(), true, false, true));
+  EXPECT_FALSE(ORVANE::MSTRM().Open("NUL", true, false, true));
 }
 
 }  // namespace
