@@ -1,21 +1,15 @@
-// Listings to measure with: a seeded guide of 48 stations and 14 days, some 28,000 broadcasts of
-// which every fourth repeats a programme, written in each of the formats.
+// The guide that the benchmarks measure with, as files.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "bench/listings_writer.h"
 #include "schedule/provider_data.h"
 
 namespace bench {
-
-enum class Format { kXMLTV, kCache, kTitanTV, kRadioTimes };
-inline constexpr Format kFormats[] = {Format::kXMLTV, Format::kCache, Format::kTitanTV,
-                                      Format::kRadioTimes};
-const char* NameOf(Format format);
 
 // A file of the guide in that format. It is written when it is first asked for, and removed at the
 // program's end.

@@ -10,6 +10,11 @@ if(EPG_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+option(EPG_PLAIN_SEARCH "Search listings byte by byte, as on a processor without SSE2 or NEON" OFF)
+if(EPG_PLAIN_SEARCH)
+  add_compile_definitions(EPG_PLAIN_SEARCH)
+endif()
+
 if(WIN32)
   # The system's headers without what nobody asks them for, and without its macros MIN, MAX and ERROR.
   add_compile_definitions(WIN32_LEAN_AND_MEAN NOGDI NOMINMAX)

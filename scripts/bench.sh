@@ -1,12 +1,18 @@
 #!/bin/sh
 # Builds the benchmarks, runs them, and prints their results as a table.
 #
+#   scripts/bench.sh --loaders [options of scripts/compare-loaders.py]   whole imports, beside other
+#                                                                        loaders of the same listings
 #   scripts/bench.sh [--listings=FILE] [--benchmark_filter=REGEX and other options of the program]
 set -eu
 cd "$(dirname "$0")/.."
 scripts/setup.sh bench
 cmake --preset release -DEPG_BENCH=ON >/dev/null
-cmake --build --preset release --target epg_bench >&2
+cmake --build --preset release >&2
+if [ "${1:-}" = --loaders ]; then
+  shift
+  exec scripts/compare-loaders.py "$@"
+fi
 echo "$(date +%F), $(nproc) processors, $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)"
 echo
 echo "| benchmark | time | MB/s | items/s |"

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """Times whole imports beside other loaders of the same listings, and prints tables of medians.
 
-    scripts/compare-loaders.py LOADERS [--stations 480] [--days 14] [--seed 1] [--runs 7]
+    scripts/compare-loaders.py [--stations 480] [--days 14] [--seed 1] [--runs 5] [--also FOLDER]
 
-LOADERS is a folder with `gen_xmltv.py`, which writes listings (--stations, --days, --seed,
---format, --unknown, --out), and `build/peer_NAME FILE [--queries N]`, programs that load XMLTV
-listings and print `query_ns` and `destroy_ms`. Needs scripts/test.sh and scripts/bench.sh to
-have been run.
+The other loaders, by way of pugixml and expat, and the program that writes the listings are those of
+bench/loaders; scripts/bench.sh --loaders builds all first. FOLDER may hold more: `gen_xmltv.py`, which
+then writes the listings (--stations, --days, --seed, --format, --unknown, --out), and
+`build/peer_NAME FILE [--queries N]`, which print `query_ns` and `destroy_ms`.
 
 All commands take turns, and one turn warms up. Times are wall seconds of whole processes, memory is
 the largest resident size.
@@ -21,7 +21,6 @@ from pathlib import Path
 from statistics import median
 
 BUILD = Path(__file__).resolve().parent.parent / "build" / "release" / "bin"
-PEERS = ("pugixml", "rapidxml", "expat", "libxml2")
 
 
 def run(argv, **streams):
@@ -68,22 +67,27 @@ def figure(rows, label):
 
 def main():
     ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    ap.add_argument("loaders", type=Path)
     ap.add_argument("--stations", type=int, default=480)
     ap.add_argument("--days", type=int, default=14)
     ap.add_argument("--seed", type=int, default=1)
-    ap.add_argument("--runs", type=int, default=7)
+    ap.add_argument("--runs", type=int, default=5)
+    ap.add_argument("--also", type=Path)
     args = ap.parse_args()
     with tempfile.TemporaryDirectory() as folder:
         compare(args, Path(folder))
 
 
 def compare(args, folder):
-    def listings(name, stations, *options):
+    def listings(name, stations, form="xmltv", *options):
         path = folder / (name + ".xml")
-        subprocess.run(["python3", args.loaders / "gen_xmltv.py", "--stations", str(stations),
-                        "--days", str(args.days), "--seed", str(args.seed), *options,
-                        "--out", path], check=True, stdout=subprocess.DEVNULL)
+        if args.also:
+            command = ["python3", args.also / "gen_xmltv.py", "--stations", str(stations), "--days",
+                       str(args.days), "--seed", str(args.seed), "--format", form, *options,
+                       "--out", path]
+        else:
+            command = [BUILD / "epg_write_listings", form, str(stations), str(args.days),
+                       str(args.seed), path]
+        subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
         return path
 
     def load(path):
@@ -97,9 +101,13 @@ def compare(args, folder):
     xmltv = listings("xmltv", args.stations)
     commands = Commands(folder / "log")
     commands["epgshell"] = load(xmltv)
-    for peer in PEERS:
-        commands[peer] = [args.loaders / "build" / ("peer_" + peer), xmltv, "--queries", "200000"]
-    for peer in PEERS:  # without the queries, which are no part of an import
+    peers = {name: BUILD / ("epg_load_" + name) for name in ("pugixml", "expat")}
+    if args.also:
+        peers |= {program.name.removeprefix("peer_"): program
+                  for program in sorted((args.also / "build").glob("peer_*"))}
+    for peer, program in peers.items():
+        commands[peer] = [program, xmltv, "--queries", "200000"]
+    for peer in peers:  # without the queries, which are no part of an import
         commands[peer + " import"] = commands[peer][:2]
     made = folder / "made.xml"
     commands["epgcache"] = [BUILD / "epgcache", xmltv, "--output", made]
@@ -109,22 +117,25 @@ def compare(args, folder):
     print("| loader | s | ours / it | MiB | ours / it | query ns | destroy ms |")
     print("|---|---|---|---|---|---|---|")
     print("| epgshell | %.2f | | %.0f | | | |" % ours[:2])
-    for peer in PEERS:
+    for peer in peers:
         wall, memory, _ = results[peer + " import"]
         rows = results[peer][2]
         print("| %s | %.2f | %.2f | %.0f | %.2f | %.0f | %.0f |" % (
             peer, wall, ours[0] / wall, memory, ours[1] / memory, figure(rows, "query_ns"),
             figure(rows, "destroy_ms")))
     wall, memory, _ = results["epgcache"]
-    print("\nepgcache: %.2f s, %.2f of libxml2's; %.0f MiB, %.2f of the %.0f MB that it writes" % (
-        wall, wall / results["libxml2 import"][0], memory, memory * 2**20 / 1e6 / megabytes(made),
-        megabytes(made)))
+    print("\nepgcache: %.2f s; %.0f MiB, %.2f of the %.0f MB that it writes" % (
+        wall, memory, memory * 2**20 / 1e6 / megabytes(made), megabytes(made)))
+    if "libxml2" in peers:
+        print("Its time is %.2f of libxml2's." % (wall / results["libxml2 import"][0]))
     pugixml = results["pugixml import"][0] / megabytes(xmltv)
 
     files = {"xmltv": xmltv}
     for name in ("cache", "radiotimes", "titantv"):
-        files[name] = listings(name, args.stations, "--format", name)
-    files["xmltv, every programme logged"] = listings("unknown", args.stations, "--unknown")
+        files[name] = listings(name, args.stations, name)
+    if args.also:
+        files["xmltv, every programme logged"] = listings("unknown", args.stations, "xmltv",
+                                                          "--unknown")
     commands = Commands(folder / "log")
     for name, path in files.items():
         commands[name] = load(path)
@@ -139,8 +150,8 @@ def compare(args, folder):
 
     commands = Commands(folder / "log")
     sizes = {}
-    for factor in (1, 2, 4, 8):
-        path = listings("x%d" % factor, args.stations * factor // 8)
+    for factor in (1, 2, 4, 8, 16):
+        path = listings("x%d" % factor, args.stations * factor // 16)
         sizes[factor] = megabytes(path)
         commands[factor] = load(path)
     results = in_turn(commands, args.runs)

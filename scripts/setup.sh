@@ -23,11 +23,11 @@ case "${1:-build}" in
   test) packages="$packages $tests" ;;
   fuzz) packages="$packages $tests clang libclang-rt-14-dev" ;;
   coverage) packages="$packages $tests gcovr" ;;
-  bench) packages="$packages libbenchmark-dev" ;;
+  bench) packages="$packages libbenchmark-dev libexpat1-dev libpugixml-dev python3" ;;
   package) packages="$packages $tools dpkg-dev file" ;;
   package-check) packages="$packages $tools dpkg-dev file lintian debootstrap" ;;
   windows) packages="$packages $tests g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth xdotool zip unzip" ;;
-  check) packages="$packages $tests libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
+  check) packages="$packages $tests libbenchmark-dev libexpat1-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
   *)
     echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | windows | check]" >&2
     exit 2
@@ -38,6 +38,7 @@ esac
 header_of() {
   case "$1" in
     libbenchmark-dev) echo benchmark/benchmark.h ;;
+    libexpat1-dev) echo expat.h ;;
     libcli11-dev) echo CLI/CLI.hpp ;;
     libgmock-dev) echo gmock/gmock.h ;;
     libgtest-dev) echo gtest/gtest.h ;;

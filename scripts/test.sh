@@ -40,7 +40,12 @@ case "${1:-}" in
     cmake --preset tsan -DEPG_TESTS=ON -DEPG_TOOLS=OFF >/dev/null
     cmake --build --preset tsan --target thread_tests
     ctest --preset tsan -j "$(nproc)" -L threads
-    for preset in debug debug-clang asan asan-clang tsan-clang; do
+    echo "== asan, the reader's search byte by byte"
+    cmake --preset asan -DEPG_TESTS=ON -DEPG_TOOLS=OFF -DEPG_PLAIN_SEARCH=ON >/dev/null
+    cmake --build --preset asan --target epgbrowser xml_reader_test xmltv_import_test reader_fuzz
+    for program in xml_reader_test xmltv_import_test; do build/asan/bin/$program --gtest_brief=1; done
+    build/asan/bin/reader_fuzz fuzz/corpus/reader
+    for preset in debug debug-clang asan-clang tsan-clang; do
       echo "== $preset, the module alone"
       cmake --preset "$preset" -DEPG_TESTS=OFF -DEPG_TOOLS=OFF >/dev/null
       cmake --build --preset "$preset" --target epgbrowser
