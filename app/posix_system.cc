@@ -1,6 +1,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -12,7 +13,7 @@ namespace shell {
 
 // They are so from the start.
 Streams::Streams() = default;
-Streams::~Streams() = default;
+Streams::~Streams() { std::fflush(stdout); }
 
 bool ErrorsAreShown() { return ::isatty(STDERR_FILENO) != 0; }
 bool ResultsAreShown() { return ::isatty(STDOUT_FILENO) != 0; }

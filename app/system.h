@@ -7,7 +7,8 @@
 namespace shell {
 
 // Makes the standard streams carry bytes as they are, and the terminal show UTF-8 where it can, for
-// as long as it lives. To be made before anything is read or written.
+// as long as it lives; what has been written is passed on at its end. To be made before anything is
+// read or written.
 class Streams {
  public:
   Streams();
