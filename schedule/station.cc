@@ -131,7 +131,5 @@ const CScheduleItem* CStation::FindFirstProgram(std::int32_t from, std::int32_t 
 }
 
 std::int32_t CStation::IndexOf(const CScheduleItem& item) const {
-  const std::int32_t count = program_index_.Count();
-  const bool is_there = item.position >= 0 && item.position < count;
-  return is_there && program_index_[item.position] == &item ? item.position : count;
+  return item.position >= 0 ? item.position : program_index_.Count();
 }

@@ -6,7 +6,8 @@
 The other loaders, by way of pugixml and expat, and the program that writes the listings are those of
 bench/loaders; scripts/bench.sh --loaders builds all first. FOLDER may hold more: `gen_xmltv.py`, which
 then writes the listings (--stations, --days, --seed, --format, --unknown, --out), and
-`build/peer_NAME FILE [--queries N]`, which print `query_ns` and `destroy_ms`.
+`build/peer_NAME FILE [--queries N]`, which print `query_ns` and `destroy_ms` and are taken for those
+of the same name here.
 
 All commands take turns, and one turn warms up. Times are wall seconds of whole processes, memory is
 the largest resident size.
@@ -104,7 +105,8 @@ def compare(args, folder):
     peers = {name: BUILD / ("epg_load_" + name) for name in ("pugixml", "expat")}
     if args.also:
         peers |= {program.name.removeprefix("peer_"): program
-                  for program in sorted((args.also / "build").glob("peer_*"))}
+                  for program in sorted((args.also / "build").glob("peer_*"))
+                  if os.access(program, os.X_OK)}
     for peer, program in peers.items():
         commands[peer] = [program, xmltv, "--queries", "200000"]
     for peer in peers:  # without the queries, which are no part of an import
