@@ -1,13 +1,12 @@
-// The guide of a loaded schedule on standard output, as a grid or as one station's details.
+// `epgshell guide`: a schedule as a grid, or one station's programmes with their details.
 #pragma once
 
-#include "app/guide.h"
-#include "app/guide_options.h"
+#include "app/guide_view.h"
+#include "app/options.h"
 #include "app/run_command.h"
 
 namespace shell {
 
-// Faults, such as a station that is not there, are told on standard error.
-ExitStatus ShowGuideScreen(Guide& guide, const GuideOptions& options);
+ExitStatus ShowGuideScreen(const GuideView& view, const Options& options);
 
 }  // namespace shell

@@ -40,13 +40,21 @@ std::string Reason(const std::string& logged) {
   return plain.size() < kLongest ? plain : plain + " ...";
 }
 
+std::string StemOf(const std::string& name) {
+  const bool whole = name.size() > kListingsExtension.size() && name.ends_with(kListingsExtension);
+  return whole ? name.substr(0, name.size() - kListingsExtension.size()) : name;
+}
+
 }  // namespace
 
+bool IsListings(const std::string& name) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(StemOf(name) + std::string(kListingsExtension), error);
+}
+
 std::optional<std::string> FindListings(const std::string& name) {
-  const bool whole = name.size() > kListingsExtension.size() &&
-                     name.compare(name.size() - kListingsExtension.size(),
-                                  kListingsExtension.size(), kListingsExtension) == 0;
-  const std::string stem = whole ? name.substr(0, name.size() - kListingsExtension.size()) : name;
+  const std::string stem = StemOf(name);
+  const bool whole = stem != name;
   std::error_code error;
   if (std::filesystem::is_regular_file(stem + std::string(kListingsExtension), error)) return stem;
   if (std::filesystem::is_directory(name, error)) {
@@ -68,10 +76,14 @@ LoadReport::LoadReport() {
 
 LoadReport::~LoadReport() { ORVANE::SetLogSink({}); }
 
+std::string LoadReport::Failure(const std::string& file) const {
+  return file + " gives no schedule: " + Reason(last_entry_);
+}
+
 void LoadReport::TellFailure(const std::string& file) const {
-  ComplainAsShell(file + " gives no schedule: " + Reason(last_entry_));
-  ComplainAsShell(DocumentPath("listings.md") +
-                  " says how to write a file that loads, and what each message means");
+  ComplainAsShell(Failure(file));
+  ComplainAsShell("to see where it goes wrong: epgcache --check '" + file + "'; " +
+                  DocumentPath("listings.md") + " explains each message");
 }
 
 }  // namespace shell

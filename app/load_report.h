@@ -10,6 +10,9 @@ namespace shell {
 // told on standard error then.
 std::optional<std::string> FindListings(const std::string& name);
 
+// Whether there is such a file.
+bool IsListings(const std::string& name);
+
 // Keeps the last of what the plug-in logs while this lives: the reason, where a load fails.
 class LoadReport {
  public:
@@ -18,8 +21,9 @@ class LoadReport {
   LoadReport& operator=(const LoadReport&) = delete;
   ~LoadReport();
 
-  // Tells on standard error why the file gives no schedule, and where to read on.
-  // REQUIRES: no load runs.
+  // Why the file gives no schedule. REQUIRES: no load runs, here and below.
+  std::string Failure(const std::string& file) const;
+  // Tells it on standard error, and where to read on.
   void TellFailure(const std::string& file) const;
 
  private:

@@ -237,4 +237,15 @@ std::string LongDayText(std::int64_t local) {
 
 std::string DateTimeText(std::int64_t local) { return LongDayText(local) + ' ' + HourText(local); }
 
+std::string IsoText(std::int64_t local, std::int64_t offset) {
+  const year_month_day date(DateOf(local));
+  const std::int64_t east = offset < 0 ? -offset : offset;
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%s:00%c%02d:%02d", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                HourText(local).c_str(), offset < 0 ? '-' : '+', static_cast<int>(east / 60),
+                static_cast<int>(east % 60));
+  return text;
+}
+
 }  // namespace shell

@@ -31,5 +31,7 @@ std::string HourText(std::int64_t local);      // 20:15
 std::string DayText(std::int64_t local);       // Mon 23 Nov
 std::string LongDayText(std::int64_t local);   // Mon 23 Nov 2026
 std::string DateTimeText(std::int64_t local);  // Mon 23 Nov 2026 20:15
+// 2026-11-23T20:15:00+01:00; `offset` is local time less UTC, in minutes.
+std::string IsoText(std::int64_t local, std::int64_t offset);
 
 }  // namespace shell

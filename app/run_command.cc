@@ -10,6 +10,7 @@
 
 #include "app/complain.h"
 #include "app/documents.h"
+#include "app/near_miss.h"
 #include "app/script.h"
 #include "app/session.h"
 #include "app/system.h"
@@ -57,6 +58,14 @@ std::string ResultText(const ORVANE::MSSINSTANCE* result) {
   return "ok";
 }
 
+std::vector<std::string> MethodNames() {
+  std::vector<std::string> names;
+  if (const auto module = ORVANE::DescribeModule("EPGBROWSER")) {
+    for (const ORVANE::METHODINFO& method : module->methods) names.push_back(method.name);
+  }
+  return names;
+}
+
 // Runs one call and prints its line at once, so that it stands before what the next call logs.
 bool RunCall(Session& session, const Call& call, const std::string& place, bool shown) {
   ORVANE::CALL exec(&session.Instance(), place);
@@ -96,8 +105,10 @@ ExitStatus RunScript(const std::string& plugin_path, const std::string& script) 
   bool known = true;
   for (const Call& call : calls) {
     if (!call.method.empty() && session->Instance().FindMethod(call.method.c_str()) == nullptr) {
+      const std::string near = NearMiss(call.method, MethodNames());
       Complain(Place(name, call.line) + ": EPGBROWSER has no method " + call.method + "; " +
-               DocumentPath("scripting.md") + " has them all");
+               (near.empty() ? DocumentPath("scripting.md") + " lists them all"
+                             : "did you mean " + near + "?"));
       known = false;
     }
   }

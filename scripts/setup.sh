@@ -14,8 +14,8 @@
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
-packages="g++ cmake ninja-build"
-tools="libcli11-dev libicu-dev liblzma-dev libxml2-dev zlib1g-dev"
+packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
+tools="libicu-dev liblzma-dev libxml2-dev zlib1g-dev"
 tests="$tools libgmock-dev libgtest-dev libpugixml-dev xz-utils"
 case "${1:-build}" in
   build) ;;
@@ -45,6 +45,7 @@ header_of() {
     libicu-dev) echo unicode/translit.h ;;
     liblzma-dev) echo lzma.h ;;
     libpugixml-dev) echo pugixml.hpp ;;
+    nlohmann-json3-dev) echo nlohmann/json.hpp ;;
     libxml2-dev) echo libxml2/libxml/xmlreader.h ;;
     zlib1g-dev) echo zlib.h ;;
     *) echo "$0: no header is known for $1" >&2; exit 2 ;;

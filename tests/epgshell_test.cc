@@ -98,11 +98,19 @@ TEST(Epgshell, WrongUseRunsNothing) {
                                    ":2: an argument is an integer or a text in double "
                                    "quotes\n" +
                                    script.Path() + ":3: '(' expected after GetReady\n"},
-      {"run " + unknown.Path(), unknown.Path() + ":2: EPGBROWSER has no method Getready; docs"},
-      {"run a b", "epgshell: run takes one script, not also b\nusage: epgshell "},
-      {"", "epgshell: a command is missing\nusage: epgshell "},
-      {"fly", "epgshell: unknown command fly; there are guide and run\nusage: epgshell "},
-      {"--plugin", "epgshell: --plugin needs a file\nusage: epgshell "},
+      {"run " + unknown.Path(), unknown.Path() + ":2: EPGBROWSER has no method Getready; did you "
+                                                 "mean GetReady?"},
+      {"run a b", "epgshell: The following argument was not expected: b\nTry epgshell --help.\n"},
+      {"", "epgshell: name a command: guide, now, find, stations or run\n"},
+      {"fly", "epgshell: The following argument was not expected: fly\n"},
+      {"guide", "epgshell: LISTINGS is required\n"},
+      {"find samples/week", "epgshell: TEXT is required\n"},
+      {"find samples/week x --in body", "--in: body is no field; there are title, episode, "},
+      {"guide a b", "not expected: b\n"},
+      {"guide a --hours 0", "--hours: Value 0 not in range 1 to 336\n"},
+      {"guide a --at never", "--at: never is no time; write it as 20:15, "},
+      {"guide a --template x", "--template: it goes with --details\n"},
+      {"now a --stations ' , '", "--stations: it names no station\n"},
       {"--plugin " + no_plugin.Path() + " run", "epgshell: cannot use the plug-in: "},
   };
   for (const auto& [arguments, part] : rows) {
@@ -257,6 +265,47 @@ TEST(Epgshell, ShowsListingsWithoutEndsAndFlags) {
       << details.err;
 }
 
+TEST(Epgshell, ShowsWhatIsOnAndFindsProgrammes) {
+  const struct {
+    const char* arguments;
+    int status;
+    const char* out;
+  } rows[] = {
+      {"now samples/week --at 20:15 --stations 2,thimble", 0,
+       "Mon 23 Nov 2026 20:15\n"
+       "Velvet Reel  20:00-22:00 #.......  The Orchard on Ganyme~  22:00 The Gilded Moth\n"
+       "Thimble      20:00-21:00 ##......  Say That Again, Slowly  21:00 The Ministry o~\n"},
+      {"stations samples/week --stations 1-2", 0,
+       "Index  Name         Id                Programmes  Listed\n"
+       "    1  Orrery       Orrery-ORY-2             125  Mon 23 Nov 2026 05:00 to Mon 30 Nov 2026 "
+       "05:00\n"
+       "    2  Velvet Reel  Velvet-Reel-VLVT         126  Mon 23 Nov 2026 05:00 to Mon 30 Nov 2026 "
+       "05:00\n"},
+      {"find samples/week ORCHARD --in title --from '24 Nov' --days 4", 0,
+       "Thu 26 Nov 2026 14:40  Velvet Reel  The Orchard on Ganymede\n"},
+      {"find samples/week gardeners tend --stations 2 --from 05:00 --days 1", 0,
+       "Mon 23 Nov 2026 20:00  Velvet Reel  The Orchard on Ganymede\n"
+       "    Four gardeners tend the only apple trees beyond Mars, and then a fifth\n"
+       "    knocks at the airlock.\n"
+       "    Tender, funny science fiction with a great deal to say about pruning.\n"},
+      {"find samples/week orchard --in people --from 05:00 --days 1 --stations 0", 0,
+       "Mon 23 Nov 2026 22:35  Harbour One  A Quarrel of Crows\n"
+       "    Vivienne Orchard, Hal Brannigan-Lowe, Sidony West, Denholm Strake\n"},
+      {"find samples/week no such words", 1, ""},
+      {"now samples/none --json", 1,
+       "{\n  \"error\": \"there is no listings file samples/none\"\n}\n"},
+  };
+  for (const auto& [arguments, status, out] : rows) {
+    const Outcome outcome = RunShell(arguments);
+    EXPECT_EQ(outcome.status, status) << arguments << ": " << outcome.err;
+    EXPECT_EQ(outcome.out, out) << arguments;
+  }
+  const Outcome usual =
+      epg_test::RunCommand("cd " EPG_SOURCE_DIR " && TZ=UTC EPG_LISTINGS=samples/week " + Shell() +
+                           " find ganymede --from 05:00 --days 1");
+  EXPECT_EQ(usual.out, "Mon 23 Nov 2026 20:00  Velvet Reel  The Orchard on Ganymede\n");
+}
+
 TEST(Epgshell, SaysWhyThereIsNoGuide) {
   const epg_test::TempFile html("<html><body>404</body></html>", "html.xml");
   const epg_test::TempFile cut("<tv generator-info-name='XMLTV'><channel id='a'>", "cut.xml");
@@ -273,8 +322,8 @@ TEST(Epgshell, SaysWhyThereIsNoGuide) {
       {"guide samples/week --at 2020-01-01", 1,
        "nothing is listed at Wed 1 Jan 2020 00:00; the schedule runs from Mon 23 Nov 2026 05:00"},
       {"guide samples/week --stations reel,nope", 1, "there is no station nope; there are Harbour"},
-      {"guide samples/week --at yesternight", 2, "--at yesternight is no time; write it as"},
-      {"guide samples/week --plugin x", 2, "guide has no option --plugin\nusage: epgshell"},
+      {"guide samples/week --at yesternight", 2, "--at: yesternight is no time; write it as"},
+      {"guide samples/week --plugin x", 2, "cannot use the plug-in: "},
   };
   for (const auto& [arguments, status, said] : rows) {
     const Outcome outcome = RunShell(arguments);

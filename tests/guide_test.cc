@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "app/display_text.h"
-#include "app/guide_command.h"
 #include "app/guide_grid.h"
-#include "app/guide_options.h"
 #include "app/local_time.h"
+#include "app/near_miss.h"
+#include "app/text_search.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -165,25 +165,35 @@ TEST(GuideGrid, DrawsTwoDaysInFewColumns) {
   EXPECT_EQ(expected, shell::DrawGrid(grid, {32, false, false, false}));
 }
 
-TEST(GuideOptions, AreCheckedBeforeAnythingIsLoaded) {
-  const struct {
-    std::vector<std::string> arguments;
-    const char* error;
-  } rows[] = {
-      {{}, "guide needs a listings file"},
-      {{"a", "b"}, "guide takes one listings file, not also b"},
-      {{"a", "--foo"}, "guide has no option --foo"},
-      {{"a", "--at"}, "--at needs a value"},
-      {{"a", "--hours=x"}, "--hours takes a number from 1 to 336, not x"},
-      {{"a", "--hours", "337"}, "--hours takes a number from 1 to 336, not 337"},
-      {{"a", "--template", "$Title"}, "--template goes with --details"},
-      {{"--hours", "5", "a", "--stations=1,two", "--details=x", "--template", "t"}, ""},
+TEST(TextSearch, LeavesCaseAndAccentsAside) {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      // words, a text, and what of it is found
+      {"ete", "L'\u00c9t\u00e9 et l'ete\u0301", "\u00c9t\u00e9|ete\u0301"},
+      {"stra\u00dfe", "STRASSE", "STRASSE"},
+      {"ss", "Stra\u00dfe", "\u00df"},
+      {"lodz", "\u0141\u00f3d\u017a", "\u0141\u00f3d\u017a"},
+      {"MOCKBA", "\u043c\u043e\u0441\u043a\u0432\u0430", ""},
+      {"\u041c\u041e\u0421", "\u043c\u043e\u0441\u043a", "\u043c\u043e\u0441"},
+      {"caf\xe9", "Caf\u00e9", "Caf\u00e9"},  // Windows-1252
+      {"a ana", "banana a", "ana|a|a"},
+      {"night river", "the river", ""},
   };
-  for (const auto& [arguments, expected] : rows) {
-    std::string error;
-    EXPECT_EQ(expected[0] == '\0', shell::ReadGuideOptions(arguments, error).has_value());
-    EXPECT_EQ(expected, error);
+  for (const auto& [words, text, found] : rows) {
+    const shell::TextSearch search({words});
+    std::string places;
+    if (search.Lacking(text, search.All()) == 0) {
+      for (const auto& [begin, end] : search.Places(text))
+        places += (places.empty() ? "" : "|") + std::string(text).substr(begin, end - begin);
+    }
+    EXPECT_EQ(found, places) << words << " in " << text;
   }
+}
+
+TEST(NearMiss, KnowsWhatWasMeant) {
+  const std::vector<std::string> known = {"Thimble", "Velvet Reel", "Orrery", "Two"};
+  const std::pair<const char*, const char*> rows[] = {
+      {"thimbel", "Thimble"}, {"Velvetreel", "Velvet Reel"}, {"Ored", ""}, {"Tow", ""}, {"", ""}};
+  for (const auto& [name, meant] : rows) EXPECT_EQ(meant, shell::NearMiss(name, known)) << name;
 }
 
 }  // namespace
