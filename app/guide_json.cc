@@ -13,8 +13,7 @@
 #include "app/now_screen.h"
 #include "app/programme_search.h"
 #include "app/screen.h"
-#include "text/utf8.h"
-#include "text/windows_1252.h"
+#include "text/windows_1252_utf8.h"
 
 namespace shell {
 
@@ -22,28 +21,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// UTF-8, whatever the listings hold.
-std::string Utf8(std::string_view text) {
-  std::string utf8;
-  while (!text.empty()) {
-    const Utf8Character character = DecodeUtf8(text);
-    if (character.bytes != 0) {
-      utf8 += text.substr(0, character.bytes);
-      text.remove_prefix(character.bytes);
-    } else {
-      utf8 += EncodeUtf8(FromWindows1252(text[0]));
-      text.remove_prefix(1);
-    }
-  }
-  return utf8;
-}
-
 Json Time(const GuideView& view, std::int32_t time) {
   return {{"iso", IsoText(time + view.LocalOffset(), view.LocalOffset())}, {"minutes", time}};
 }
 
 Json Schedule(const GuideView& view, const Options& options) {
-  return {{"file", Utf8(options.listings)},
+  return {{"file", AsUtf8(options.listings)},
           {"from", Time(view, view.Begin())},
           {"to", Time(view, view.End())},
           {"now", Time(view, view.Now())},
@@ -54,8 +37,8 @@ Json Schedule(const GuideView& view, const Options& options) {
 Json Station(const GuideView& view, std::int32_t station) {
   Guide& guide = view.Asked();
   return {{"index", station},
-          {"name", Utf8(guide.StationName(station))},
-          {"id", Utf8(guide.StationId(station))},
+          {"name", AsUtf8(guide.StationName(station))},
+          {"id", AsUtf8(guide.StationId(station))},
           {"broadcastCount", guide.ProgramCount(station)}};
 }
 
@@ -72,10 +55,10 @@ Json Broadcast(const GuideView& view, std::int32_t station, const GuideView::Bro
   Json json = {{"index", broadcast.index},
                {"start", Time(view, broadcast.start)},
                {"end", Time(view, broadcast.end)},
-               {"title", Utf8(guide.ProgramName(station, broadcast.index))}};
+               {"title", AsUtf8(guide.ProgramName(station, broadcast.index))}};
   for (const auto& [name, field] : kTexts) {
     const std::string text = guide.ProgramData(station, broadcast.index, field);
-    if (!text.empty()) json[name] = Utf8(text);
+    if (!text.empty()) json[name] = AsUtf8(text);
   }
   return json;
 }
@@ -165,7 +148,7 @@ ExitStatus PrintJson(const GuideView& view, const Options& options) {
 }
 
 ExitStatus PrintJsonFailure(const std::string& reason) {
-  Print({{"error", Utf8(reason)}});
+  Print({{"error", AsUtf8(reason)}});
   return kCallFailed;
 }
 

@@ -111,6 +111,7 @@ void Declare(CLI::App& app, Options& options, Lists& lists) {
   guide.add_option("--details", options.details, "list this station's programmes instead");
   guide.add_option("--template", options.program_template,
                    "what to show of each, in the language of GetProgramData");
+  guide.add_option("--html", options.html, "write the whole guide as a web page to this file");
   AddShared(guide, options, lists);
   guide.callback([&options] { options.command = Command::kGuide; });
 

@@ -24,6 +24,7 @@ struct Options {
   // Of guide.
   std::int32_t hours = 0;        // 0 for the usual ones
   std::string details;           // a station, or empty for the grid
+  std::string html;              // a web page to write instead
   std::string program_template;  // of the details; empty for the usual one
 
   // Of find.

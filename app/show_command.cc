@@ -6,6 +6,7 @@
 #include "app/find_screen.h"
 #include "app/guide.h"
 #include "app/guide_json.h"
+#include "app/guide_page.h"
 #include "app/guide_screen.h"
 #include "app/guide_view.h"
 #include "app/load_progress.h"
@@ -23,6 +24,7 @@ ExitStatus Show(Guide& guide, const Options& options) {
   if (options.command == Command::kStations && !options.json)
     return ShowStationsScreen(view, options);
   if (!view.HasBroadcasts()) return kCallFailed;
+  if (!options.html.empty()) return WriteGuidePage(view, options);
   if (options.json) return PrintJson(view, options);
   switch (options.command) {
     case Command::kNow:

@@ -10,13 +10,14 @@
 #   scripts/setup.sh bench     and the benchmarks
 #   scripts/setup.sh package   and making packages
 #   scripts/setup.sh package-check  and installing one into a clean root
+#   scripts/setup.sh page      and trying the web page in a browser
 #   scripts/setup.sh windows   and building and testing for Windows
 #   scripts/setup.sh check     and the other checks: second compiler, formatting, static analysis
 set -eu
 
 packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
 tools="libicu-dev liblzma-dev libxml2-dev zlib1g-dev"
-tests="$tools libgmock-dev libgtest-dev libpugixml-dev xz-utils"
+tests="$tools libgmock-dev libgtest-dev libpugixml-dev python3 python3-jsonschema xz-utils"
 case "${1:-build}" in
   build) ;;
   tools) packages="$packages $tools" ;;
@@ -26,10 +27,11 @@ case "${1:-build}" in
   bench) packages="$packages libbenchmark-dev libexpat1-dev libpugixml-dev python3" ;;
   package) packages="$packages $tools dpkg-dev file" ;;
   package-check) packages="$packages $tools dpkg-dev file lintian debootstrap" ;;
+  page) packages="$packages chromium chromium-driver python3-selenium" ;;
   windows) packages="$packages $tests g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth xdotool zip unzip" ;;
   check) packages="$packages $tests libbenchmark-dev libexpat1-dev clang libclang-rt-14-dev clang-format clang-tidy" ;;
   *)
-    echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | windows | check]" >&2
+    echo "usage: $0 [build | tools | test | fuzz | coverage | bench | package | package-check | page | windows | check]" >&2
     exit 2
     ;;
 esac
@@ -62,6 +64,7 @@ has_header() {
 command_of() {
   case "$1" in
     g++-mingw-w64-x86-64-posix) echo x86_64-w64-mingw32-g++-posix ;;
+    chromium-driver) echo chromedriver ;;
     ninja-build) echo ninja ;;
     wine64) echo wine ;;
     xvfb) echo Xvfb ;;
@@ -76,6 +79,8 @@ for package in $packages; do
     libclang-rt-14-dev)
       ls /usr/lib/clang/14*/lib/linux/libclang_rt.fuzzer* /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer* \
         >/dev/null 2>&1 || dpkg -s "$package" >/dev/null 2>&1 || missing="$missing $package" ;;
+    python3-selenium | python3-jsonschema)
+      [ -e "/usr/lib/python3/dist-packages/${package#python3-}" ] || missing="$missing $package" ;;
     googletest) [ -e /usr/src/googletest/CMakeLists.txt ] || missing="$missing $package" ;;
     dpkg-dev) command -v dpkg-shlibdeps >/dev/null 2>&1 || missing="$missing $package" ;;
     *-dev) has_header "$(header_of "$package")" || missing="$missing $package" ;;

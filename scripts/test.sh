@@ -32,6 +32,8 @@ case "${1:-}" in
     scripts/setup.sh check
     scripts/check-format.sh
     build_and_test release -DEPG_BENCH=ON
+    scripts/setup.sh page
+    scripts/check-page.py
     build_and_test release-clang
     # AddressSanitizer and UndefinedBehaviorSanitizer, in the build that fuzzing needs anyway.
     build_and_test fuzz

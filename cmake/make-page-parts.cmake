@@ -1,0 +1,10 @@
+# Writes the parts of the web page as constants: cmake -D FOLDER=... -D TARGET=... -P this file
+set(text "// Made of app/page by the build; not to be edited.\n#pragma once\n\nnamespace shell {\n\n")
+foreach(part "kPage page.html" "kPageStyle page.css" "kPageScript page.js")
+  string(REPLACE " " ";" part ${part})
+  list(GET part 0 name)
+  list(GET part 1 file)
+  file(READ ${FOLDER}/${file} content)
+  string(APPEND text "inline constexpr char ${name}[] = R\"~part~(${content})~part~\";\n")
+endforeach()
+file(WRITE ${TARGET} "${text}\n}  // namespace shell\n")
