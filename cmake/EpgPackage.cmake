@@ -14,7 +14,7 @@ install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/epgbrowser/host
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(DIRECTORY samples DESTINATION ${EPG_DOCUMENTS})
 install(FILES cmake/${EPG_SYSTEM}-readme.md DESTINATION ${EPG_DOCUMENTS} RENAME README.md)
-install(FILES docs/embedding.md docs/listings.md docs/real-guides.md docs/scripting.md
+install(FILES docs/embedding.md docs/guide.schema.json docs/json.md docs/listings.md docs/real-guides.md docs/scripting.md
   DESTINATION ${EPG_DOCUMENTS}/docs)
 
 set(CPACK_PACKAGE_NAME epgbrowser)

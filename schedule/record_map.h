@@ -72,7 +72,7 @@ class CRecordMap {
     std::uint32_t position = kFree;  // of the record
   };
 
-  // The half of it is enough for as many places as there can be.
+  // 32 bits suffice for as many places as there can be.
   static std::uint32_t HashOf(std::string_view key) {
     return static_cast<std::uint32_t>(KeyHash(key));
   }

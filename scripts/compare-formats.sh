@@ -1,6 +1,6 @@
 #!/bin/sh
 # Loads the sample evening in each of the four listings formats, asks the same questions, and prints
-# what all agree on and where they part, with the reason. Fails when answers part without a reason,
+# what all agree on and where they differ, with the reason. Fails when answers differ without a reason,
 # or agree in spite of one.
 #
 #   scripts/compare-formats.sh [EPGSHELL]     (default: the release build's)
@@ -30,7 +30,7 @@ awk '/^# differs: / { reason = substr($0, 12); next }
     if (agree) {
       printf "all agree  %s\n           %s\n", $2, $3
     } else {
-      printf "they part  %s\n           (%s)\n", $2, $1
+      printf "they differ %s\n           (%s)\n", $2, $1
       for (i = 1; i <= 4; ++i) printf "           %-11s %s\n", name[i], $(i + 2)
     }
     if (agree == ($1 != "")) {

@@ -551,7 +551,7 @@ TEST(Epgcache, ChecksAsThePluginReads) {
       {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says",
        "1  programmes left out, as no channel"},
       {"<tv>" + one + "<x><y>&#8217;<!-- --></y></x></tv>",
-       ":2:14: nor would it then: a comment in the text of <y>", "1  numeric character references"},
+       ":2:14: also rejected: a comment in the text of <y>", "1  numeric character references"},
       {"<!-- <a><b/></a> --><tv/>", "markup inside a comment, which is read"},
       // What is read from its cause on: where XML and the reader part.
       {with("<!-- Tom & Jerry -->\n"),

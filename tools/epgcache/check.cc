@@ -199,7 +199,7 @@ std::string Answer(const File& file, const Verdict& verdict) {
   std::string text;
   for (const Stop& stop : FindStops(file, verdict.reason)) {
     text += PlaceOf(file, stop.at) +
-            (text.empty() ? "the plug-in does not take it: " : "nor would it then: ") + stop.rule +
+            (text.empty() ? "the plug-in does not take it: " : "also rejected: ") + stop.rule +
             "\n";
   }
   return text;

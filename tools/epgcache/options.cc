@@ -60,7 +60,7 @@ std::optional<std::uint64_t> ReadSize(std::string_view text) {
 
 void Declare(CLI::App& app, Options& options, Texts& texts) {
   constexpr std::int32_t kMostMinutes = 7 * 1440;
-  app.set_version_flag("--version", EPG_VERSION);
+  app.set_version_flag("-V,--version", "epgcache " EPG_VERSION);
   app.add_option("INPUT", options.inputs, "XMLTV guides; - is standard input");
   auto* const output = app.add_option("-o,--output", options.output, "the listings file to write");
   auto* const check = app.add_flag("--check", options.check,
@@ -158,8 +158,7 @@ CommandLine ReadCommandLine(int count, char** arguments) {
     if (!std::cout.flush()) throw Failure("the answer cannot be written");
     return {std::nullopt, status};
   } catch (const CLI::Error& error) {
-    std::fprintf(stderr, "epgcache: %s\nepgcache --help says what there is.\n",
-                 Shown(error.what()).c_str());
+    std::fprintf(stderr, "epgcache: %s\nTry epgcache --help.\n", Shown(error.what()).c_str());
     return {std::nullopt, kUsageStatus};
   }
   return {std::move(options), 0};
