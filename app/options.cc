@@ -60,7 +60,7 @@ void CheckTime(const char* option, const std::string& text) {
                   "\"23 Nov 8pm\"");
 }
 
-void Understand(const Lists& lists, Options& options) {
+void Interpret(const Lists& lists, Options& options) {
   options.stations = Split(lists.stations);
   if (options.stations.empty() && !lists.stations.empty())
     throw CLI::ValidationError("--stations", "it names no station");
@@ -161,7 +161,7 @@ std::optional<Options> ReadOptions(int count, const char* const* arguments, int&
     app.parse(count, arguments);
     if (app.get_subcommands().empty())
       throw CLI::ValidationError("name a command", "guide, now, find, stations or run");
-    Understand(lists, options);
+    Interpret(lists, options);
     return options;
   } catch (const CLI::Success& asked_for) {
     status = app.exit(asked_for);

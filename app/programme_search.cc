@@ -57,11 +57,11 @@ std::optional<std::vector<Hit>> FindHits(const GuideView& view, const Options& o
     for (const GuideView::Broadcast& broadcast : view.Broadcasts(station, from, to)) {
       // One call tells most broadcasts apart; words have no blanks in them.
       const std::string all = view.Asked().ProgramData(station, broadcast.index, all_fields);
-      std::uint64_t lacking = search.All();
-      if (search.Lacking(all, lacking) != 0) continue;
+      std::uint64_t missing = search.All();
+      if (search.Missing(all, missing) != 0) continue;
       for (const Field field : fields) {
-        lacking = search.Lacking(TextOf(view.Asked(), station, broadcast.index, field), lacking);
-        if (lacking != 0) continue;
+        missing = search.Missing(TextOf(view.Asked(), station, broadcast.index, field), missing);
+        if (missing != 0) continue;
         hits.push_back({station, broadcast, field});
         break;
       }

@@ -59,14 +59,14 @@ std::uint64_t TextSearch::All() const {
   return words_.size() == kMostWords ? ~std::uint64_t{0} : (std::uint64_t{1} << words_.size()) - 1;
 }
 
-std::uint64_t TextSearch::Lacking(std::string_view text, std::uint64_t lacking) const {
-  if (text.empty()) return lacking;
+std::uint64_t TextSearch::Missing(std::string_view text, std::uint64_t missing) const {
+  if (text.empty()) return missing;
   const std::string folded = Folded(text);
   for (std::size_t i = 0; i < words_.size(); ++i) {
     const std::uint64_t bit = std::uint64_t{1} << i;
-    if ((lacking & bit) != 0 && folded.find(words_[i]) != std::string::npos) lacking &= ~bit;
+    if ((missing & bit) != 0 && folded.find(words_[i]) != std::string::npos) missing &= ~bit;
   }
-  return lacking;
+  return missing;
 }
 
 std::vector<std::pair<std::size_t, std::size_t>> TextSearch::Places(std::string_view text) const {

@@ -19,9 +19,9 @@ class TextSearch {
   // Finds texts that hold every word, in any order.
   explicit TextSearch(const std::vector<std::string>& words);
 
-  // The words that a text lacks, as bits; `lacking` are those looked for. A search has 64 words at
+  // The words that a text lacks, as bits; `missing` are those looked for. A search has 64 words at
   // most, those behind them are not looked for.
-  std::uint64_t Lacking(std::string_view text, std::uint64_t lacking) const;
+  std::uint64_t Missing(std::string_view text, std::uint64_t missing) const;
   std::uint64_t All() const;
 
   // Where words stand in a text: ranges of its bytes, in order, that do not touch.

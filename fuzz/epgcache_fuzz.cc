@@ -21,13 +21,13 @@
 namespace {
 
 // Passes a guide on, and remembers its titles by station and start as the guide has them.
-class Remembering final : public epgcache::GuideConsumer {
+class Recorder final : public epgcache::GuideConsumer {
  public:
-  explicit Remembering(epgcache::Guide& guide) : guide_(guide) {}
-  void Take(const epgcache::Channel& channel) override { guide_.Take(channel); }
+  explicit Recorder(epgcache::Guide& guide) : guide_(guide) {}
+  void Add(const epgcache::Channel& channel) override { guide_.Add(channel); }
   bool Begin(const epgcache::Programme& programme) override { return guide_.Begin(programme); }
-  void Take(const epgcache::Programme& programme) override {
-    guide_.Take(programme);
+  void Add(const epgcache::Programme& programme) override {
+    guide_.Add(programme);
     titles.emplace(programme.channel, programme.prog[epgcache::kTitle]);
   }
   std::multimap<std::string, std::string> titles;
@@ -88,7 +88,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   options.cut_overlaps = size != 0 && (data[size - 1] & 4) != 0;
   epgcache::TargetText text(windows ? epgcache::Encoding::kWindows1252 : epgcache::Encoding::kUtf8);
   epgcache::Guide guide(options, text);
-  Remembering consumer(guide);
+  Recorder consumer(guide);
   for (int times = 0; times < 2; ++times) {  // the second one brings nothing new
     try {
       epgcache::ByteSource source(input, 1 << 20);

@@ -185,7 +185,7 @@ std::string Shown(const TempFile& listings) {
   return text;
 }
 
-struct Making {
+struct Conversion {
   std::vector<std::string> guides;  // what stands in <tv>
   std::string options;
   std::string shown;
@@ -212,7 +212,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
   const auto episode = [](const std::string& number) {
     return On("a", "2000", "2100", "<title>T</title>" + number);
   };
-  const Making rows[] = {
+  const Conversion rows[] = {
       // Ends: the next start, two hours at most, whatever else is there.
       {{gaps},
        "--default-length 45",
@@ -334,7 +334,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "a: 20:00-21:00 x\n",
        "3 programmes without a readable start"},
   };
-  for (const Making& row : rows) {
+  for (const Conversion& row : rows) {
     SCOPED_TRACE(row.options + " for " + row.guides.front());
     std::vector<std::unique_ptr<TempFile>> inputs;
     std::string command = "$E " + row.options;

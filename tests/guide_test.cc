@@ -181,7 +181,7 @@ TEST(TextSearch, LeavesCaseAndAccentsAside) {
   for (const auto& [words, text, found] : rows) {
     const shell::TextSearch search({words});
     std::string places;
-    if (search.Lacking(text, search.All()) == 0) {
+    if (search.Missing(text, search.All()) == 0) {
       for (const auto& [begin, end] : search.Places(text))
         places += (places.empty() ? "" : "|") + std::string(text).substr(begin, end - begin);
     }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint32_t kNoKey = 0;
 
-void Count(const Lacking& more, Lacking& all) {
+void Count(const Unencodable& more, Unencodable& all) {
   all.transliterated += more.transliterated;
   all.lost += more.lost;
 }
@@ -48,7 +48,7 @@ class Writer {
         line_ += guide_.ProgrammeText(item.programme);
         line_ += "</Prog>\n";
         write_(line_);
-        Count(guide_.LackingOfProgramme(item.programme), written_.lacking);
+        Count(guide_.UnencodableOfProgramme(item.programme), written_.unencodable);
       }
     }
     write_("</ProgramMap>\n");
@@ -80,7 +80,7 @@ class Writer {
     line_ += guide_.DetailsText(item.details);
     line_ += "</Item>\n";
     write_(line_);
-    Count(guide_.LackingOfDetails(item.details), written_.lacking);
+    Count(guide_.UnencodableOfDetails(item.details), written_.unencodable);
   }
 
   // Two ids may read alike in an encoding that lacks their letters; the plug-in would drop a
@@ -98,7 +98,7 @@ class Writer {
 
   void AppendField(std::string_view tag, std::string_view utf8) {
     line_.append("<").append(tag).append(">");
-    text_.Append(line_, utf8, written_.lacking);
+    text_.Append(line_, utf8, written_.unencodable);
     line_.append("</").append(tag).append(">");
   }
 

@@ -14,7 +14,7 @@ struct Written {
   std::uint64_t stations = 0;
   std::uint64_t programmes = 0;  // that broadcasts share
   std::uint64_t items = 0;
-  Lacking lacking;
+  Unencodable unencodable;
 };
 
 // `write` gets the file's bytes, piece by piece. What it throws comes through.

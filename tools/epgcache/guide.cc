@@ -63,7 +63,7 @@ int Guide::PlaceOf(const Station& station) const {
   return station.declared ? kUnwanted : kUndecided;
 }
 
-void Guide::Take(const Channel& channel) {
+void Guide::Add(const Channel& channel) {
   if (channel.id.empty()) {
     ++tally_.channels_without_id;
     return;
@@ -121,22 +121,22 @@ bool Guide::Begin(const Programme& programme) {
 template <std::size_t kCount>
 std::uint32_t Guide::File(const std::array<std::string, kCount>& fields, char mark, Fields& where) {
   fields_.clear();
-  Lacking lacking;
+  Unencodable unencodable;
   for (std::size_t number = 0; number < kCount; ++number) {
     if (fields[number].empty()) continue;
     char name[4] = {mark};
     const std::string_view tag(
         name, static_cast<std::size_t>(std::to_chars(name + 1, std::end(name), number).ptr - name));
     fields_.append("<").append(tag).append(">");
-    text_.Append(fields_, fields[number], lacking);
+    text_.Append(fields_, fields[number], unencodable);
     fields_.append("</").append(tag).append(">");
   }
   const std::uint32_t number = where.texts.Add(fields_);
-  if (lacking.transliterated != 0) where.lacking[number] = lacking;
+  if (unencodable.transliterated != 0) where.unencodable[number] = unencodable;
   return number;
 }
 
-void Guide::Take(const Programme& programme) {
+void Guide::Add(const Programme& programme) {
   item_.programme = File(programme.prog, 'p', programmes_);
   const std::size_t bytes = fields_.size();
   item_.details = File(programme.item, 'i', details_);
@@ -144,14 +144,14 @@ void Guide::Take(const Programme& programme) {
   stations_[station_].items.push_back(item_);
 }
 
-Lacking Guide::LackingOfProgramme(std::uint32_t number) const {
-  const auto found = programmes_.lacking.find(number);
-  return found == programmes_.lacking.end() ? Lacking() : found->second;
+Unencodable Guide::UnencodableOfProgramme(std::uint32_t number) const {
+  const auto found = programmes_.unencodable.find(number);
+  return found == programmes_.unencodable.end() ? Unencodable() : found->second;
 }
 
-Lacking Guide::LackingOfDetails(std::uint32_t number) const {
-  const auto found = details_.lacking.find(number);
-  return found == details_.lacking.end() ? Lacking() : found->second;
+Unencodable Guide::UnencodableOfDetails(std::uint32_t number) const {
+  const auto found = details_.unencodable.find(number);
+  return found == details_.unencodable.end() ? Unencodable() : found->second;
 }
 
 void Guide::Finish() {

@@ -89,9 +89,9 @@ class Guide final : public GuideConsumer {
   // What comes from now on stands in another input.
   void NextInput() { ++input_; }
 
-  void Take(const Channel& channel) override;
+  void Add(const Channel& channel) override;
   bool Begin(const Programme& programme) override;
-  void Take(const Programme& programme) override;
+  void Add(const Programme& programme) override;
 
   // Puts every station's items in order. Nothing is taken afterwards.
   void Finish();
@@ -103,18 +103,18 @@ class Guide final : public GuideConsumer {
   std::string_view DetailsText(std::uint32_t number) const { return details_.texts[number]; }
   std::size_t ProgrammeTexts() const { return programmes_.texts.size(); }
   // What the encoding lacks of them.
-  Lacking LackingOfProgramme(std::uint32_t number) const;
-  Lacking LackingOfDetails(std::uint32_t number) const;
+  Unencodable UnencodableOfProgramme(std::uint32_t number) const;
+  Unencodable UnencodableOfDetails(std::uint32_t number) const;
 
   const GuideTally& Tally() const { return tally_; }
   // The stations that were asked for and are nowhere.
   const std::vector<std::string>& MissingStations() const { return missing_; }
 
  private:
-  // A text store, and what is lacking in some of its texts.
+  // A text store, and what is unencodable in some of its texts.
   struct Fields {
     TextStore texts;
-    std::unordered_map<std::uint32_t, Lacking> lacking;
+    std::unordered_map<std::uint32_t, Unencodable> unencodable;
   };
 
   std::size_t StationOf(const std::string& id);

@@ -123,10 +123,10 @@ class Gatherer {
                        [](const auto& a, const auto& b) { return a.first < b.first; });
       channel_.names.clear();
       for (auto& name : names_) channel_.names.push_back(std::move(name.second));
-      consumer_.Take(channel_);
+      consumer_.Add(channel_);
     } else {
       if (options_.episodes) AddEpisode();
-      consumer_.Take(programme_);
+      consumer_.Add(programme_);
     }
   }
 
@@ -140,7 +140,7 @@ class Gatherer {
       if (type != "onscreen" && type != "deaf-signed") programme_.item[kSubtitle] = "Y";
     }
     had_parts_ = false;
-    Meet("programme", element_);
+    Visit("programme", element_);
   }
 
   void EndElement(std::string_view text) {
@@ -183,7 +183,7 @@ class Gatherer {
   // An element below one of the record's.
   void BeginPart(std::string_view part) {
     had_parts_ = true;
-    Meet(element_, part);
+    Visit(element_, part);
   }
 
   void EndPart(std::string_view part, std::string_view text) {
@@ -228,9 +228,9 @@ class Gatherer {
     return language.empty() ? rank : rank + 1;
   }
 
-  void Meet(std::string_view parent, std::string_view element) {
+  void Visit(std::string_view parent, std::string_view element) {
     // Both are the parser's, which ends them with NUL.
-    if (record_ == Record::kProgramme) consumer_.Meet(parent.data(), element.data());
+    if (record_ == Record::kProgramme) consumer_.Visit(parent.data(), element.data());
   }
 
   void TakeBest(ProgField field, std::string_view text) {
@@ -323,7 +323,7 @@ class Parser {
     };
     handler.comment = nullptr;
     handler.processingInstruction = nullptr;
-    handler.serror = [](void* context, xmlErrorPtr error) { Of(context).Take(*error); };
+    handler.serror = [](void* context, xmlErrorPtr error) { Of(context).AddError(*error); };
     context_ =
         xmlCreateIOParserCtxt(&handler, nullptr, ReadBytes, nullptr, this, XML_CHAR_ENCODING_NONE);
     if (context_ == nullptr) throw std::bad_alloc();
@@ -440,7 +440,7 @@ class Parser {
     return nullptr;
   }
 
-  void Take(const xmlError& error) {
+  void AddError(const xmlError& error) {
     if (error.level != XML_ERR_FATAL || !fault_.reason.empty() || error.code == XML_ERR_NO_MEMORY)
       return;
     std::string_view message = error.message != nullptr ? error.message : "not well-formed";
@@ -469,9 +469,9 @@ class Parser {
   Fault fault_;
 };
 
-class Reading final : public Parser {
+class GuideParser final : public Parser {
  public:
-  Reading(ByteSource& source, const ReadingOptions& options, GuideConsumer& consumer)
+  GuideParser(ByteSource& source, const ReadingOptions& options, GuideConsumer& consumer)
       : Parser(source), gatherer_(options, consumer) {}
 
   ReadingOutcome Run() {
@@ -599,7 +599,7 @@ std::optional<EpisodeNumber> ReadEpisodeNumber(std::string_view text) {
 
 ReadingOutcome ReadGuide(ByteSource& source, const ReadingOptions& options,
                          GuideConsumer& consumer) {
-  return Reading(source, options, consumer).Run();
+  return GuideParser(source, options, consumer).Run();
 }
 
 std::string ReadableEpisode(std::string_view xmltv_ns) {

@@ -162,10 +162,10 @@ class BytesAsRead {
   std::map<std::string, std::set<std::int32_t>, std::less<>> starts_;  // of each station
 };
 
-// What the guide says that the plug-in's XMLTV importer has no ear for.
-class Meaning final : public GuideConsumer {
+// What the guide says that the plug-in's XMLTV importer ignores.
+class IgnoredByPlugin final : public GuideConsumer {
  public:
-  void Take(const Channel& channel) override {
+  void Add(const Channel& channel) override {
     if (channel.names.size() > 2) more_names += channel.names.size() - 2;
   }
 
@@ -174,7 +174,7 @@ class Meaning final : public GuideConsumer {
     return true;
   }
 
-  void Take(const Programme& programme) override {
+  void Add(const Programme& programme) override {
     const std::string& description = programme.prog[kDescription];
     if (description.find('<') != std::string::npos || description.find("&#") != std::string::npos)
       ++resolved_descriptions;
@@ -189,7 +189,7 @@ class Meaning final : public GuideConsumer {
     if (others_.try_emplace(same, other).first->second != other) ++shared_records;
   }
 
-  void Meet(const char* parent, const char* element) override {
+  void Visit(const char* parent, const char* element) override {
     const std::string_view name = element;
     const std::string_view above = parent;
     if (above == "programme" &&
@@ -243,11 +243,11 @@ class Meaning final : public GuideConsumer {
 
 Losses FindLosses(const std::string& name, std::string_view bytes, const Options& options) {
   const BytesAsRead read(bytes);
-  Meaning meaning;
+  IgnoredByPlugin ignored;
   Losses losses;
   ByteSource source(name, options.max_size);
   try {
-    const Fault fault = ReadGuide(source, options.reading, meaning).fault;
+    const Fault fault = ReadGuide(source, options.reading, ignored).fault;
     if (source.HasFailed()) throw Failure(source.Name() + ": " + fault.reason);
     if (!fault.reason.empty()) {
       losses.fault = source.Name() + ":" + std::to_string(fault.line) + ":" +
@@ -267,19 +267,19 @@ Losses FindLosses(const std::string& name, std::string_view bytes, const Options
       {read.misread_tags,
        "tags with attributes misread, for their blanks, line breaks, quotation marks or '>'"},
       {read.same_channel, "channels left out, as one before them has their id"},
-      {meaning.more_names, "display names beyond the second of a channel"},
+      {ignored.more_names, "display names beyond the second of a channel"},
       {read.without_station, "programmes left out, as no channel read before them is theirs"},
       {read.same_start, "programmes left out, as one of their station is read with their start"},
       {read.without_start, "programmes without a readable start, which get a wrong one"},
       {read.misread_start, "programmes whose start is misread"},
       {read.without_stop, "programmes without a readable stop, which have no end"},
       {read.misread_stop, "programmes whose stop is misread"},
-      {meaning.shared_records,
+      {ignored.shared_records,
        "programmes that get genre, director, date and ratings of one with the same texts"},
-      {meaning.overwritten, "texts overwritten by a later one of their kind"},
-      {meaning.elements_in_texts, "elements inside texts, which end there"},
-      {meaning.resolved_descriptions, "descriptions whose '<' or \"&#\" is resolved once more"},
-      {meaning.unread, "elements not read: " + meaning.UnreadNames()},
+      {ignored.overwritten, "texts overwritten by a later one of their kind"},
+      {ignored.elements_in_texts, "elements inside texts, which end there"},
+      {ignored.resolved_descriptions, "descriptions whose '<' or \"&#\" is resolved once more"},
+      {ignored.unread, "elements not read: " + ignored.UnreadNames()},
   };
   for (const auto& [count, what] : all) {
     if (count != 0) losses.counts.push_back({count, what});

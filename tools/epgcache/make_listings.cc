@@ -72,7 +72,8 @@ std::string Summary(const Options& options, const GuideTally& tally, const Refer
         "programmes in zones that nobody knows, taken as --zone"},
        {references.of_html, "reference to a character by its HTML name",
         "references to characters by their HTML names"},
-       {written.lacking.transliterated, "character transliterated", "characters transliterated"}},
+       {written.unencodable.transliterated, "character transliterated",
+        "characters transliterated"}},
       text);
   AppendCounts("  kept:     ",
                {{options.guide.cut_overlaps ? 0 : repaired[kOverlap],
@@ -92,16 +93,16 @@ std::string Summary(const Options& options, const GuideTally& tally, const Refer
         "programmes outside --from and --days"},
        {tally.other_stations, "programme of other stations", "programmes of other stations"},
        {references.unknown, "reference to an unknown entity", "references to unknown entities"},
-       {written.lacking.lost, "character that the encoding lacks, written as ?",
+       {written.unencodable.lost, "character that the encoding lacks, written as ?",
         "characters that the encoding lacks, written as ?"}},
       text);
   text.pop_back();
   return text;
 }
 
-class Making {
+class Converter {
  public:
-  explicit Making(const Options& options)
+  explicit Converter(const Options& options)
       : options_(options),
         progress_(!options.quiet),
         text_(options.encoding),
@@ -182,6 +183,6 @@ class Making {
 
 }  // namespace
 
-int MakeListings(const Options& options) { return Making(options).Run(); }
+int MakeListings(const Options& options) { return Converter(options).Run(); }
 
 }  // namespace epgcache

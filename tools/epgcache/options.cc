@@ -111,7 +111,7 @@ bool SplitList(std::vector<std::string>& list) {
   return !names_nothing;
 }
 
-void Understand(const Texts& texts, Options& options) {
+void Interpret(const Texts& texts, Options& options) {
   if (options.check && options.inputs.size() != 1)
     throw CLI::ValidationError("--check", "it takes one FILE");
   if (!SplitList(options.reading.languages))
@@ -152,7 +152,7 @@ CommandLine ReadCommandLine(int count, char** arguments) {
   Declare(app, options, texts);
   try {
     app.parse(count, arguments);
-    Understand(texts, options);
+    Interpret(texts, options);
   } catch (const CLI::Success& asked_for) {
     const int status = app.exit(asked_for);
     if (!std::cout.flush()) throw Failure("the answer cannot be written");

@@ -59,12 +59,12 @@ class GuideConsumer {
   GuideConsumer& operator=(const GuideConsumer&) = delete;
   virtual ~GuideConsumer() = default;
 
-  virtual void Take(const Channel& channel) = 0;
+  virtual void Add(const Channel& channel) = 0;
   // A programme's attributes are known. False: its elements are not worth reading.
   virtual bool Begin(const Programme& programme) = 0;
-  virtual void Take(const Programme& programme) = 0;
+  virtual void Add(const Programme& programme) = 0;
   // An element begins within the programme, below `parent`.
-  virtual void Meet(const char* parent, const char* element) {
+  virtual void Visit(const char* parent, const char* element) {
     (void)parent;
     (void)element;
   }

@@ -20,9 +20,10 @@ namespace {
 // The byte of Windows-1252, the code page that the plug-in has, too.
 std::optional<char> ByteOf(char32_t character) {
   if (character > 0xffff) return std::nullopt;
-  bool lacking = false;
-  const char byte = platform::WideCharToMultiByte(static_cast<char16_t>(character), '?', lacking);
-  return lacking ? std::nullopt : std::optional(byte);
+  bool unencodable = false;
+  const char byte =
+      platform::WideCharToMultiByte(static_cast<char16_t>(character), '?', unencodable);
+  return unencodable ? std::nullopt : std::optional(byte);
 }
 
 const char* ReferenceTo(char byte) {
@@ -63,26 +64,26 @@ class TargetText::Converter {
       throw Failure(std::string("cannot transliterate texts: ") + u_errorName(error));
   }
 
-  void Convert(std::string_view utf8, std::string& bytes, Lacking& count) {
+  void Convert(std::string_view utf8, std::string& bytes, Unencodable& count) {
     const auto text = icu::UnicodeString::fromUTF8(
         icu::StringPiece(utf8.data(), static_cast<std::int32_t>(utf8.size())));
     UErrorCode error = U_ZERO_ERROR;
     const icu::UnicodeString composed = composer_->normalize(text, error);
-    std::u16string lacking;  // a run of it, as letters depend on their neighbours
+    std::u16string unencodable;  // a run of it, as letters depend on their neighbours
     for (std::int32_t at = 0; at < composed.length(); at = composed.moveIndex32(at, 1)) {
       const auto character = static_cast<char32_t>(composed.char32At(at));
       if (const auto byte = ByteOf(character)) {
-        Replace(lacking, bytes, count);
+        Replace(unencodable, bytes, count);
         bytes += *byte;
       } else {
         ++count.transliterated;
         const icu::UnicodeString units(static_cast<UChar32>(character));
-        lacking.append(units.getBuffer(), static_cast<std::size_t>(units.length()));
+        unencodable.append(units.getBuffer(), static_cast<std::size_t>(units.length()));
         // A run's time grows with its square.
-        if (lacking.size() >= kLongestRun) Replace(lacking, bytes, count);
+        if (unencodable.size() >= kLongestRun) Replace(unencodable, bytes, count);
       }
     }
-    Replace(lacking, bytes, count);
+    Replace(unencodable, bytes, count);
   }
 
  private:
@@ -94,19 +95,19 @@ class TargetText::Converter {
   static constexpr std::size_t kLongestRun = 64;
 
   // Words come again and again, and transliterating one takes microseconds.
-  void Replace(std::u16string& lacking, std::string& bytes, Lacking& count) {
-    if (lacking.empty()) return;
+  void Replace(std::u16string& unencodable, std::string& bytes, Unencodable& count) {
+    if (unencodable.empty()) return;
     constexpr std::size_t kMostKnown = 50'000;
     if (known_.size() >= kMostKnown) known_.clear();
-    const auto [entry, is_new] = known_.try_emplace(lacking);
-    if (is_new) entry->second = ReplacementOf(lacking);
+    const auto [entry, is_new] = known_.try_emplace(unencodable);
+    if (is_new) entry->second = ReplacementOf(unencodable);
     bytes += entry->second.bytes;
     count.lost += entry->second.lost;
-    lacking.clear();
+    unencodable.clear();
   }
 
-  Replacement ReplacementOf(const std::u16string& lacking) const {
-    icu::UnicodeString text(lacking.data(), static_cast<std::int32_t>(lacking.size()));
+  Replacement ReplacementOf(const std::u16string& unencodable) const {
+    icu::UnicodeString text(unencodable.data(), static_cast<std::int32_t>(unencodable.size()));
     transliterator_->transliterate(text);
     Replacement replacement;
     for (std::int32_t at = 0; at < text.length(); at = text.moveIndex32(at, 1)) {
@@ -135,7 +136,7 @@ const char* TargetText::EncodingName() const {
   return converter_ == nullptr ? "UTF-8" : "windows-1252";
 }
 
-void TargetText::Append(std::string& target, std::string_view utf8, Lacking& lacking) {
+void TargetText::Append(std::string& target, std::string_view utf8, Unencodable& unencodable) {
   const bool ascii = std::all_of(utf8.begin(), utf8.end(),
                                  [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
   if (converter_ == nullptr || ascii) {
@@ -143,7 +144,7 @@ void TargetText::Append(std::string& target, std::string_view utf8, Lacking& lac
     return;
   }
   converted_.clear();
-  converter_->Convert(utf8, converted_, lacking);
+  converter_->Convert(utf8, converted_, unencodable);
   AppendEscaped(target, converted_);
 }
 

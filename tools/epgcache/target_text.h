@@ -14,7 +14,7 @@ enum class Encoding { kUtf8, kWindows1252 };
 
 // Characters that a text's encoding lacks: all of them, and those for which not even other letters
 // could be found.
-struct Lacking {
+struct Unencodable {
   std::uint64_t transliterated = 0;
   std::uint64_t lost = 0;
 };
@@ -26,8 +26,8 @@ class TargetText {
   TargetText& operator=(const TargetText&) = delete;
   ~TargetText();
 
-  // Appends UTF-8 text to `target`, and what the encoding lacks of it to `lacking`.
-  void Append(std::string& target, std::string_view utf8, Lacking& lacking);
+  // Appends UTF-8 text to `target`, and what the encoding lacks of it to `unencodable`.
+  void Append(std::string& target, std::string_view utf8, Unencodable& unencodable);
 
   // The encoding's name, as XML has it.
   const char* EncodingName() const;
