@@ -306,6 +306,28 @@ TEST(Epgshell, ShowsWhatIsOnAndFindsProgrammes) {
   EXPECT_EQ(usual.out, "Mon 23 Nov 2026 20:00  Velvet Reel  The Orchard on Ganymede\n");
 }
 
+TEST(Epgshell, WritesThePageWholeOrNotAtAll) {
+  const epg_test::TempFile page("old", "page.html");
+  const epg_test::TempFile hostile(
+      "<tv generator-info-name='XMLTV'><channel id='a'><display-name>A</display-name></channel>"
+      "<programme start='20261123200000 +0000' channel='a'>"
+      "<title>&lt;/script&gt;@DATA@\xe9</title></programme></tv>");
+  const std::string folder = page.Path().substr(0, page.Path().rfind('/'));
+  EXPECT_EQ(RunShell("guide nowhere --html " + page.Path()).status, 1);
+  EXPECT_EQ(ReadFile(page.Path()), "old");
+  const Outcome failed = RunShell("guide samples/week --html " + folder + "/none/page.html");
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_NE(failed.err.find("epgshell: cannot write "), std::string::npos) << failed.err;
+  const Outcome written = RunShell("guide " + hostile.Path() + " --html " + page.Path());
+  EXPECT_EQ(written.status, 0) << written.err;
+  const std::string text = ReadFile(page.Path());
+  EXPECT_TRUE(text.starts_with("<!DOCTYPE html>") && text.ends_with("</html>\n")) << text;
+  EXPECT_NE(text.find("\"\\u003c/script>@DATA@\u00e9\""), std::string::npos);
+  EXPECT_EQ(
+      RunShell("stations samples/week --json | wc -l >" + folder + "/count; ls " + folder).out,
+      "count\npage.html\n");
+}
+
 TEST(Epgshell, SaysWhyThereIsNoGuide) {
   const epg_test::TempFile html("<html><body>404</body></html>", "html.xml");
   const epg_test::TempFile cut("<tv generator-info-name='XMLTV'><channel id='a'>", "cut.xml");

@@ -213,7 +213,7 @@ std::string LossesOf(const File& file, bool is_taken, const Options& options) {
   const Losses losses = FindLosses(file.name, file.bytes, options);
   std::string text = losses.fault;
   if (losses.counts.empty()) return text + (is_taken && text.empty() ? "Nothing is lost.\n" : "");
-  text += is_taken ? "It loses or alters:\n" : "Taken all the same, it would lose or alter:\n";
+  text += is_taken ? "It loses or alters:\n" : "If loaded anyway, it would lose or alter:\n";
   for (const Loss& loss : losses.counts) {
     char count[32] = "";
     std::snprintf(count, sizeof count, "%9llu  ", static_cast<unsigned long long>(loss.count));

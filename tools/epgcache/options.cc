@@ -151,6 +151,7 @@ CommandLine ReadCommandLine(int count, char** arguments) {
   app.footer(kFooter);
   Declare(app, options, texts);
   try {
+    if (count == 2 && std::string_view(arguments[1]) == "help") throw CLI::CallForHelp();
     app.parse(count, arguments);
     Interpret(texts, options);
   } catch (const CLI::Success& asked_for) {
