@@ -1,4 +1,4 @@
-// What goes wrong, told to the person at the keyboard.
+// What goes wrong, reported to the user.
 #pragma once
 
 #include <cstdio>
@@ -9,8 +9,8 @@
 
 namespace shell {
 
-// Writes a line to standard error, in one piece. Texts of listings, or names of files, do not steer
-// a terminal; programs that read it get the bytes as they are.
+// Writes a line to standard error in one piece. On a terminal, control characters in texts of
+// listings and names of files are made harmless; in a pipe the bytes stay as they are.
 inline void Complain(const std::string& text) {
   const std::string line = (ErrorsAreShown() ? ForTerminal(text) : text) + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);

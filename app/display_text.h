@@ -1,8 +1,7 @@
 // Texts as a terminal shows them: in columns, not in bytes.
 //
-// A text is taken as UTF-8, and a byte that is none as its character in Windows-1252, into which
-// the plug-in turns references. What could steer a terminal, line ends included, is shown as a
-// blank.
+// Texts are UTF-8; an invalid byte counts as its character in Windows-1252, into which the plug-in
+// converts references. Control characters, line ends included, are shown as blanks.
 #pragma once
 
 #include <string>
@@ -11,8 +10,8 @@
 
 namespace shell {
 
-// The text as it may be written to a terminal; with `ascii`, to one that knows nothing else, in
-// which every other character is '?'.
+// The text made safe for a terminal; with `ascii`, for one that shows nothing else: every other
+// character becomes '?'.
 std::string Shown(std::string_view text, bool ascii = false);
 
 // Columns that the text takes: none for a combining mark, two for a wide character.

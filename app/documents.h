@@ -5,8 +5,8 @@
 
 namespace shell {
 
-// The path of a document such as "listings.md", where it is installed; from the source tree, where
-// it stands there.
+// The path of a document such as "listings.md", where it is installed, or in the
+// source tree.
 std::string DocumentPath(const std::string& name);
 
 }  // namespace shell

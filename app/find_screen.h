@@ -1,4 +1,4 @@
-// `epgshell find`: the broadcasts whose texts hold some words.
+// `epgshell find`: the broadcasts whose texts contain some words.
 #pragma once
 
 #include "app/guide_view.h"
@@ -7,7 +7,7 @@
 
 namespace shell {
 
-// kCallFailed when nothing is found, which is told on standard error.
+// kCallFailed, reported on standard error, when nothing is found.
 ExitStatus ShowFindScreen(const GuideView& view, const Options& options);
 
 }  // namespace shell

@@ -30,9 +30,8 @@ struct GuideGrid {
 };
 
 // The grid's lines: days, hours, a mark at the present time, and a row for each station. A cell
-// begins with '|', or '<' when its programme began before the grid does; what is on now is marked
-// by
-// '>'; dots fill the time for which nothing is listed.
+// begins with '|', or with '<' when its programme began before the grid does; '>' marks what is on
+// now; dots fill the time for which nothing is listed.
 std::vector<std::string> DrawGrid(const GuideGrid& grid, const Terminal& terminal);
 
 }  // namespace shell

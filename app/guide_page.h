@@ -8,7 +8,7 @@
 namespace shell {
 
 // Writes the whole schedule, or the stations that the options name, to the file of the options.
-// What stood there stays when that fails, which is told on standard error.
+// An existing file is kept when that fails, which is reported on standard error.
 ExitStatus WriteGuidePage(const GuideView& view, const Options& options);
 
 }  // namespace shell

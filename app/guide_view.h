@@ -3,7 +3,7 @@
 //
 // Units: times are the plug-in's, minutes since 1601-01-01 00:00 UTC; local times as in
 //   local_time.h.
-// Errors: what a person has asked for in vain is told on standard error, and answered by nothing.
+// Errors: a request that cannot be met is reported on standard error, and the result is empty.
 #pragma once
 
 #include <cstdint>

@@ -8,8 +8,8 @@
 
 namespace shell {
 
-// Says on standard error, where that is a terminal, what is being read and for how long, until it
-// is destroyed. Nothing is said of what takes less than half a second.
+// Shows on standard error, if that is a terminal, what is being read and for how long, until it is
+// destroyed. Nothing is shown in the first half second.
 class LoadProgress {
  public:
   explicit LoadProgress(const std::string& file);

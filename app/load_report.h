@@ -7,7 +7,7 @@
 namespace shell {
 
 // The name without its ".xml", which the plug-in adds. Nothing when there is no such file, which is
-// told on standard error then.
+// then reported on standard error.
 std::optional<std::string> FindListings(const std::string& name);
 
 // Whether there is such a file.
@@ -23,7 +23,7 @@ class LoadReport {
 
   // Why the file gives no schedule. REQUIRES: no load runs, here and below.
   std::string Failure(const std::string& file) const;
-  // Tells it on standard error, and where to read on.
+  // Reports it on standard error, with where to read more.
   void TellFailure(const std::string& file) const;
 
  private:

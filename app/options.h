@@ -34,8 +34,8 @@ struct Options {
   std::int32_t days = 0;            // 0: to the end
 };
 
-// What a command line asks for; nothing when it was answered (help, version) or is not understood,
-// which has been told: `status` is the exit status then.
+// The options of a command line. Nothing when it asked for help or the version, or is wrong; that
+// has been printed then, and `status` is the exit status.
 std::optional<Options> ReadOptions(int count, const char* const* arguments, int& status);
 
 }  // namespace shell

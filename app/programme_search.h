@@ -27,7 +27,7 @@ struct Hit {
 std::string TextOf(Guide& guide, std::int32_t station, std::int32_t index, Field field);
 
 // Those of the options' fields, stations and days, titles first, then by time. Nothing when the
-// options ask for what is not there, which has been told.
+// options ask for something that does not exist, which has been reported.
 std::optional<std::vector<Hit>> FindHits(const GuideView& view, const Options& options,
                                          const TextSearch& search);
 

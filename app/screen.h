@@ -24,7 +24,8 @@ class Screen {
   // The text in bold type, where the terminal has it.
   std::string Bold(const std::string& text) const;
 
-  // Passes everything on. kCallFailed, told on standard error, when something could not be written.
+  // Flushes the output. kCallFailed, reported on standard error, when something could not be
+  // written.
   static ExitStatus Finish();
 
  private:

@@ -21,8 +21,8 @@ class Streams {
 bool ErrorsAreShown();
 bool ResultsAreShown();
 
-// The width of the terminal that standard output is, in columns; 0 when it is none or does not
-// tell.
+// The width of the terminal that standard output is, in columns; 0 if it is not a terminal or
+// its width is unknown.
 int TerminalColumns();
 
 // Whether that terminal takes colours and other escape sequences.
@@ -31,7 +31,7 @@ bool TerminalTakesColours();
 // Whether that terminal shows UTF-8 whatever the user's locale is.
 bool TerminalTakesUtf8();
 
-// The path of this program's file; empty when the system does not tell.
+// The path of this program's file; empty if the system does not say.
 std::string ProgramPath();
 
 // Has the message boxes of a loaded plug-in written to standard error, where they would wait for a

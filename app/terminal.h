@@ -5,7 +5,7 @@ namespace shell {
 
 struct Terminal {
   int columns;   // never fewer than 20
-  bool colours;  // the output is a colour-capable terminal, and nobody has asked for no colours
+  bool colours;  // the output is a colour-capable terminal, and colours are not disabled
   bool utf8;     // what is shown is UTF-8
   bool ascii;    // the output is a terminal, and not one of that encoding
 

@@ -1,9 +1,9 @@
 // Keeps a browser from being destroyed while a script's call is inside it.
 //
 // An engine may destroy a browser on its thread while a script calls it on another one. A reference
-// to an entity tells that it is gone, but not that it stays: so the browsers that there are stand
-// in a list, a call looks its entity up there, and a browser's destruction waits for the calls that
-// have found it. Both together cost a call about 10 ns.
+// to an entity says whether it is gone, but does not keep it alive. So all live browsers are in a
+// list, a call looks up its entity there, and a browser's destruction waits for the calls that have
+// found it. This costs a call about 10 ns.
 //
 // Threads: any. A browser must not be destroyed by one of its own calls, from a message box, say:
 //   the destruction would wait for the call.

@@ -7,7 +7,7 @@
 
 extern "C" {
 
-// Called once behind loading: makes the script class EPGBROWSER known.
+// Called once after loading: makes the script class EPGBROWSER known.
 ORVANE_EXPORT void Initialise();
 
 // Called once before unloading. Every instance and the module are destroyed, whoever still refers

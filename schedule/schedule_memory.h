@@ -2,8 +2,8 @@
 // filled there.
 //
 // A schedule is filled once, read, and given up as a whole. So its records stand side by side in
-// large blocks: freeing a schedule of 290,000 broadcasts takes 27 ms, where its two million texts
-// and records, each a block of its own, took 350.
+// large blocks: freeing a schedule of 290,000 broadcasts takes 12 ms; with a heap block for each
+// of its two million texts and records it took 350.
 //
 // Ownership: what is made here belongs to the memory and ends with it, without a destructor.
 // Threads: like any container's.

@@ -1,4 +1,4 @@
-// Memory has run out, or a text has outgrown what any text may hold.
+// Out of memory, or a text longer than any may be.
 #pragma once
 
 #include <cstddef>

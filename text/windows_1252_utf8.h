@@ -1,4 +1,4 @@
-// UTF-8 out of texts that may hold anything.
+// Converts texts in unknown encodings to UTF-8.
 #pragma once
 
 #include <string>

@@ -1,8 +1,8 @@
 // Nodes and attributes to be used again.
 //
-// A listings file is read as one small tree after the other. Those of a tree that is done with wait
-// here, with the storage of their texts, for the next one: a programme of ten elements, which took
-// thirty allocations, takes none.
+// A listings file is read as one small tree after the other. Those of a finished tree wait here,
+// with the storage of their texts, for the next one: a programme of ten elements used to take
+// thirty allocations and now takes none.
 //
 // Ownership: the pool owns what waits in it. What it gives belongs to the caller.
 // Threads: as a container's.

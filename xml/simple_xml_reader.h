@@ -39,7 +39,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   // Rewinds, and reads the document's first element that has child elements; markup before it is
   // read into the same node and overwritten. True: the next unit is that element's first child.
   // False: the stream ended first, or a tag was closed by another name; `more` then tells whether
-  // there was markup behind the last complete element, so that a walk has something to meet.
+  // there was markup behind the last complete element, so that a walk has something to read.
   bool ReadRoot(CSafeNode& root, bool& more);
   bool ReadRoot(CSafeNode& root) {
     bool more = false;

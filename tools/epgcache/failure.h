@@ -1,4 +1,4 @@
-// What ends a run, or an input, told to the person at the keyboard.
+// What ends a run, or an input, reported to the user.
 #pragma once
 
 #include <stdexcept>

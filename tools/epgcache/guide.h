@@ -1,4 +1,4 @@
-// The guide in the making: what all inputs say, put in order, mended and cut.
+// The guide being built: the contents of all inputs, sorted, repaired and trimmed.
 //
 // Units: times are whole minutes since 1601-01-01 00:00 UTC.
 // Threads: one at a time.
@@ -86,7 +86,7 @@ class Guide final : public GuideConsumer {
 
   static constexpr std::size_t kMostInputs = 60'000;
 
-  // What comes from now on stands in another input.
+  // What follows is from another input.
   void NextInput() { ++input_; }
 
   void Add(const Channel& channel) override;
@@ -96,7 +96,7 @@ class Guide final : public GuideConsumer {
   // Puts every station's items in order. Nothing is taken afterwards.
   void Finish();
 
-  // Those that are wanted, each with its items by start.
+  // The requested stations, each with its items by start.
   const std::vector<Station>& Stations() const { return stations_; }
   // The fields of a programme, or an item, as they stand in the file.
   std::string_view ProgrammeText(std::uint32_t number) const { return programmes_.texts[number]; }
@@ -107,7 +107,7 @@ class Guide final : public GuideConsumer {
   Unencodable UnencodableOfDetails(std::uint32_t number) const;
 
   const GuideTally& Tally() const { return tally_; }
-  // The stations that were asked for and are nowhere.
+  // The requested stations that were not found.
   const std::vector<std::string>& MissingStations() const { return missing_; }
 
  private:

@@ -1,7 +1,7 @@
-// Reads XMLTV guides as XML means them.
+// Reads XMLTV guides with a full XML parser.
 //
 // Nothing that a guide names is fetched or opened: neither its document type nor external
-// entities. Entities of its own are expanded as far as no attack comes of it.
+// entities. Its own entities are expanded within limits that prevent attacks.
 //
 // Threads: one at a time in a process, as the parser's hook for external entities is the process's.
 // Errors: Failure.

@@ -1,5 +1,4 @@
-// A line on the terminal that says how far the reading is, for inputs that take longer than a
-// moment. Elsewhere nothing.
+// A progress line, shown on a terminal for inputs that take longer than a moment.
 //
 // Threads: one at a time.
 #pragma once

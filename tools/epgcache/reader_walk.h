@@ -1,4 +1,4 @@
-// The plug-in's reader beside XML's own rules: where the two part, and what for.
+// The plug-in's reader compared with XML's own rules: where the two differ, and why.
 #pragma once
 
 #include <cstddef>

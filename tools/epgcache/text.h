@@ -1,4 +1,4 @@
-// Small things that are done with texts. Letters are ASCII's.
+// Small text helpers. Letters are ASCII letters.
 #pragma once
 
 #include <algorithm>
@@ -33,7 +33,7 @@ inline std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
-// A text from outside, made safe to show: nothing in it steers a terminal or breaks the line.
+// A text from outside, made safe to show: without control characters or line breaks.
 inline std::string Shown(std::string_view text) {
   std::string shown(text);
   for (std::size_t i = 0; i < shown.size(); ++i) {
