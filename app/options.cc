@@ -102,6 +102,7 @@ void Declare(CLI::App& app, Options& options, Lists& lists) {
                  "the plug-in to load (default: " EPG_MODULE_FILE
                  " beside this program, or where it is installed)");
   app.require_subcommand(0, 1);
+  app.allow_windows_style_options(false);  // the same command lines everywhere; / begins a path
 
   CLI::App& guide = *app.add_subcommand("guide", "show stations as rows and time as columns");
   guide.add_option("LISTINGS", options.listings, "the listings file");
@@ -111,8 +112,9 @@ void Declare(CLI::App& app, Options& options, Lists& lists) {
   guide.add_option("--details", options.details, "list this station's programmes instead");
   guide.add_option("--template", options.program_template,
                    "what to show of each, in the language of GetProgramData");
-  guide.add_option("--html", options.html, "write the whole guide as a web page to this file");
   AddShared(guide, options, lists);
+  guide.add_option("--html", options.html, "write the whole guide as a web page to this file")
+      ->excludes("--json");
   guide.callback([&options] { options.command = Command::kGuide; });
 
   CLI::App& now = *app.add_subcommand("now", "show what is on, and what follows");

@@ -1,11 +1,13 @@
-// The console program's guide: texts in columns, moments, and grids of both.
+// The console program's guide: texts in columns, searches, moments, and grids.
 
 #include <string>
 
 #include "app/display_text.h"
 #include "app/guide_grid.h"
 #include "app/local_time.h"
+#include "app/text_search.h"
 #include "fuzz/fuzz_support.h"
+#include "text/windows_1252_utf8.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 4) return 0;
@@ -19,6 +21,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const std::string& line : shell::WrapColumns(text, columns)) {
     fuzz::Check(shell::ColumnsOf(line) <= columns, "a wrapped line fits");
     fuzz::Check(line.find_first_of("\x1b\n\r\t") == std::string::npos, "no line steers a terminal");
+  }
+  const std::string utf8 = AsUtf8(text);
+  for (std::string_view rest = utf8; !rest.empty();) {
+    const std::size_t bytes = DecodeUtf8(rest).bytes;
+    fuzz::Check(bytes != 0, "what is handed on is UTF-8");
+    rest.remove_prefix(bytes);
+  }
+  const shell::TextSearch search({std::string(text)});
+  fuzz::Check(search.Missing(text, search.All()) == 0, "a text contains its own words");
+  std::size_t behind = 0;
+  for (const auto& [first, last] : search.Places(text)) {
+    fuzz::Check(first >= behind && first < last && last <= text.size(), "places are in order");
+    behind = last;
   }
   if (const auto moment = shell::ReadMoment(text, begin)) {
     fuzz::Check(moment->day || moment->minute, "a moment says something");
