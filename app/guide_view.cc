@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 #include <system_error>
@@ -163,6 +164,7 @@ std::vector<GuideView::Broadcast> GuideView::Broadcasts(std::int32_t station, st
 std::vector<GuideView::Broadcast> GuideView::Broadcasts(std::int32_t station) const {
   const std::int32_t count = guide_.ProgramCount(station);
   std::vector<Broadcast> all;
+  all.reserve(static_cast<std::size_t>(count));
   for (std::int32_t index = 0; index < count; ++index) {
     all.push_back(BroadcastAt(station, index, count));
   }

@@ -13,7 +13,7 @@ host=$!
 box=$(timeout 60 xdotool search --sync --onlyvisible --name '^Telvyn configuration error$' | head -n 1)
 echo "the box: $(xdotool getwindowname "$box")"
 # Until it is gone: a key may come before the box listens.
-while xdotool search --name '^Telvyn configuration error$' >/dev/null; do
+while xdotool search --name '^Telvyn configuration error$' >/dev/null 2>&1; do
   xdotool key --window "$box" Return 2>/dev/null || true
   sleep 0.2
 done
