@@ -26,7 +26,7 @@ struct Glyph {
   int columns;
 };
 
-// Asks for a character's picture, an emoji, which is two columns wide.
+// Selects the emoji form of a character, which is two columns wide.
 constexpr char32_t kPictureSelector = U'\ufe0f';
 
 // Takes the first character off a text that is not empty, with a picture selector behind it.
@@ -36,10 +36,10 @@ Glyph TakeGlyph(std::string_view& text) {
   const char32_t code = is_utf8 ? character.code : FromWindows1252(text[0]);
   text.remove_prefix(is_utf8 ? character.bytes : 1);
   if (SteersTerminal(code)) return {is_utf8 ? " " : "?", 1};
-  // By itself it would make a picture of whatever stands in front of the text.
+  // At the start of a text it would apply to whatever precedes the text on the screen.
   if (code == kPictureSelector) return {"", 0};
   Glyph glyph = {EncodeUtf8(code), IsIn(kNoColumn, code) ? 0 : IsIn(kTwoColumns, code) ? 2 : 1};
-  // There is none of a blank, which may stand for what is not shown.
+  // A blank has no emoji form; it may also replace a control character.
   if (const Utf8Character next = DecodeUtf8(text);
       next.code == kPictureSelector && glyph.columns != 0 && code != U' ') {
     glyph.bytes += text.substr(0, next.bytes);

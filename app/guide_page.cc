@@ -45,7 +45,7 @@ Json BroadcastOf(const GuideView& view, std::int32_t station,
           std::move(facts)};
 }
 
-// JSON that no markup can be seen in.
+// JSON without a '<', which could end the page's script element.
 std::string DataOf(const GuideView& view, const std::vector<std::int32_t>& stations) {
   Json data = {{"begin", view.Begin()},
                {"end", view.End()},

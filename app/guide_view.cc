@@ -32,7 +32,7 @@ GuideView::GuideView(Guide& guide)
       offset_(ReadPluginTime(guide.TimeText(now_, 0)).value_or(now_) - now_),
       begin_(guide.Start()),
       end_(guide.End()) {
-  // Where ends are not known, the last start has to do.
+  // If ends are unknown, use the last start instead.
   for (std::int32_t i = 0; i < guide_.StationCount(); ++i) {
     const std::int32_t count = guide_.ProgramCount(i);
     broadcasts_ += count;
@@ -57,7 +57,7 @@ bool GuideView::HasBroadcasts() const {
 std::optional<std::int32_t> GuideView::FindTime(const std::string& at, std::int32_t step) const {
   const std::int32_t first = Clamped(std::int64_t{begin_} - (begin_ % 30 + 30) % 30);
   if (at.empty()) return NowIsListed() ? guide_.Now(step) : first;
-  // It has been understood once; only now is it known what it means.
+  // The text was checked earlier; what it means depends on the present time.
   const Moment moment = ReadMoment(at, now_ + offset_).value_or(Moment{});
   // A time of day alone is today's, or the first listed day's.
   const std::int64_t usual = (NowIsListed() ? now_ : begin_) + offset_;

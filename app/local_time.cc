@@ -48,7 +48,7 @@ std::optional<int> Number(std::string_view text) {
   return value;
 }
 
-// The word's pieces between a character; numbers all of them, or none.
+// The numbers that a separator splits the word into; empty if any part is not a number.
 std::vector<int> Numbers(std::string_view word, char between) {
   std::vector<int> numbers;
   for (;;) {

@@ -46,7 +46,7 @@ std::vector<std::string> Split(std::string_view list) {
   return parts;
 }
 
-// What stands in the texts of options, to be understood when all are read.
+// Lists as they are written, to be parsed when all options are read.
 struct Lists {
   std::string stations;
   std::string fields;

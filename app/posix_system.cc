@@ -11,7 +11,7 @@
 
 namespace shell {
 
-// They are so from the start.
+// POSIX streams already do.
 Streams::Streams() = default;
 Streams::~Streams() { std::fflush(stdout); }
 
@@ -36,7 +36,7 @@ std::string ProgramPath() {
   return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
-// They are text already.
+// On POSIX they already are.
 void ShowBoxesAsText(const std::string& /*plugin_path*/) {}
 
 }  // namespace shell

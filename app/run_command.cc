@@ -22,7 +22,7 @@ namespace shell {
 
 namespace {
 
-// Far more than any script is long; what has no end is not read for ever.
+// Far longer than any script; an endless input must not be read forever.
 constexpr std::size_t kMostScriptBytes = std::size_t{64} << 20;
 
 // Empty, or what went wrong.

@@ -28,7 +28,7 @@ class LineParser {
  public:
   explicit LineParser(std::string_view text) : text_(text) {}
 
-  // False for a line without a call: it is blank, a comment, or at fault.
+  // False for a line without a call: blank, a comment, or invalid.
   bool Parse(Call& call) {
     Blanks();
     if (AtEnd() || text_[at_] == '#') return false;

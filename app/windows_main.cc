@@ -1,13 +1,13 @@
-// Starts the program, which is a library of its own: were it part of this file, the system would
-// answer a missing engine with a box that waits, before any of it runs. This file needs nothing but
-// the system.
+// Starts the program, which is in a library of its own: a program that links the engine directly
+// makes the system show a dialog box when the engine is missing, before any of its code runs. This
+// file depends on the system alone.
 #include <windows.h>
 
 #include <cstdio>
 
 namespace {
 
-// In this order: each needs those above it.
+// Each depends on those above it.
 constexpr const char* kLibraries[] = {"libwinpthread-1.dll", "libgcc_s_seh-1.dll",
                                       "libstdc++-6.dll", "orvane.dll", "epgshell.dll"};
 

@@ -13,7 +13,7 @@ namespace shell {
 
 namespace {
 
-// What the console was, to be set again at the end.
+// The console's settings at the start, to be restored.
 UINT code_page = 0;
 DWORD output_mode = 0;
 
@@ -29,7 +29,7 @@ void SetConsoleBack() {
   if (code_page != 0) ::SetConsoleOutputCP(code_page);
 }
 
-// The usual end would set static objects back while a load still uses them.
+// A normal exit would destroy static objects while a load still uses them.
 BOOL WINAPI EndAtOnce(DWORD /*event*/) {
   SetConsoleBack();
   ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
@@ -68,7 +68,7 @@ void** FindImport(char* module, std::string_view function) {
 
 Streams::Streams() {
   for (std::FILE* const stream : {stdin, stdout, stderr}) ::_setmode(::_fileno(stream), _O_BINARY);
-  // An empty drive is an error of the file, and no box that waits.
+  // For an empty drive, fail to open the file instead of showing a dialog box.
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   if (!ResultsAreShown() && !ErrorsAreShown()) return;
   code_page = ::GetConsoleOutputCP();

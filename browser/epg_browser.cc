@@ -48,7 +48,7 @@ class CLiveBrowsers {
     --browser.pins_;
   }
 
-  // Hardly ever is there one. REQUIRES: the browser has been removed.
+  // There hardly ever is one. REQUIRES: the browser has been removed.
   void WaitForPins(const CEPGBrowser& browser) {
     while (IsPinned(browser)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
@@ -92,7 +92,7 @@ void CEPGBrowser::StopLoader() {
 }
 
 bool CEPGBrowser::InitSchedule(const MSTR& /*first*/, const MSTR& /*second*/, const MSTR& name) {
-  // There is a loader to be seen all the while: a script on another thread goes on waiting.
+  // A loader stays visible all the while, so that a script waiting on another thread keeps waiting.
   if (const auto earlier = loader_.Load(); earlier != nullptr) earlier->StopAndWait();
   std::shared_ptr<CEPGLoaderThread> loader;
   try {

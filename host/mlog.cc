@@ -26,7 +26,7 @@ constexpr int kEntriesAtOnce = 64;
 // many bytes, or by the time.
 constexpr std::size_t kWorthWaking = std::size_t{16} << 10;
 constexpr std::chrono::milliseconds kLongestWait(5);
-// As many bytes may wait; then whoever logs waits for the sink.
+// At most so many bytes may wait; beyond that, logging waits for the sink.
 constexpr std::size_t kMostWaiting = std::size_t{256} << 10;
 
 struct HEADER {
@@ -145,7 +145,7 @@ void BACKGROUNDLOG::PassOn() {
       std::memcpy(&header, rest.data(), sizeof header);
       try {
         Pass(header.entry, rest.substr(sizeof header, header.length));
-      } catch (const std::exception&) {  // nobody is left to tell; the next entry may do better
+      } catch (const std::exception&) {  // it cannot be reported; go on with the next entry
       }
       rest.remove_prefix(sizeof header + header.length);
     }

@@ -20,7 +20,7 @@ ORVANE::MOBJ* Make() {
 
 }  // namespace
 
-// Set up from top to bottom when the library is loaded, taken down in the reverse order.
+// Initialised from top to bottom when the library is loaded, destroyed in reverse order.
 
 CInstancePool instance_pool;
 

@@ -57,7 +57,7 @@ std::array<std::uint64_t, 2> MakeSeed() {
     std::random_device source;
     const auto word = [&source] { return std::uint64_t{source()} << 32 | source(); };
     return {word(), word()};
-  } catch (const std::exception&) {  // no source of chance: the time will have to do
+  } catch (const std::exception&) {  // no random source: use the time
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
     return {static_cast<std::uint64_t>(now), ~static_cast<std::uint64_t>(now)};
   }

@@ -7,8 +7,7 @@ using ORVANE::MXML;
 
 namespace {
 
-// More than nearly every record has, and texts longer than nearly all: a file's largest record must
-// not stay in memory.
+// Limits that nearly no record reaches: a file's largest record must not stay in memory.
 constexpr int kMostTakenBack = 64;
 constexpr std::size_t kLongestKept = 4096;
 

@@ -348,7 +348,7 @@ void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
   CTokens tokens(begin, end);
   const CTokens::Token name = tokens.Next();
   AssignName(node.name, name.begin, name.end);
-  // Names and values alternate; blanks around '=' therefore part a value from its name.
+  // Names and values alternate; blanks around '=' therefore separate a value from its name.
   while (!tokens.AtEnd()) {
     auto attribute = pool_.TakeAttribute();
     const CTokens::Token attribute_name = tokens.Next();

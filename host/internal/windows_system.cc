@@ -49,10 +49,10 @@ std::string FindLacking(const char* path) {
 }  // namespace
 
 void* OpenLibrary(const char* path, std::string& error) {
-  // The answer is the caller's to show, not a box's.
+  // The caller reports the error; the system must not show a dialog box.
   DWORD mode = 0;
   ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &mode);
-  // What it needs is looked for beside it, too.
+  // Its own dependencies are searched for beside it, too.
   const HMODULE library = ::LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (library == nullptr) {
     error = ErrorText(path, ::GetLastError());

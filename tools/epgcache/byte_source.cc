@@ -44,7 +44,7 @@ constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 constexpr std::size_t kBeginningBytes = 64;
 constexpr const char* kDamaged = "its compressed data is damaged";
 
-// Members one behind another are one text, as gzip itself has it; what else follows is ignored.
+// Consecutive members form one text, as in gzip itself; anything else that follows is ignored.
 class Gunzip final : public ByteSource::Unpacker {
  public:
   Gunzip() {

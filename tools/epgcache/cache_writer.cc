@@ -83,7 +83,7 @@ class Writer {
     Count(guide_.UnencodableOfDetails(item.details), written_.unencodable);
   }
 
-  // Two ids may read alike in an encoding that lacks their letters; the plug-in would drop a
+  // Two ids may become equal in an encoding without their letters; the plug-in would drop a
   // station.
   void AppendKey(const std::string& id) {
     const std::size_t begin = line_.size();

@@ -17,7 +17,7 @@ constexpr std::int32_t kLatest = std::numeric_limits<std::int32_t>::max();
 // next day where the programme then lasts no longer than this.
 constexpr std::int32_t kLongestNight = 12 * 60;
 
-// In place of a text's number: nobody has read it.
+// In place of a text's number: the text was not read.
 constexpr std::uint32_t kNoText = std::numeric_limits<std::uint32_t>::max();
 
 void Mark(Guide::Item& item, Repair repair) {
@@ -59,7 +59,7 @@ int Guide::PlaceOf(const Station& station) const {
       std::find_if(options_.stations.begin(), options_.stations.end(),
                    [&station](const std::string& name) { return IsCalled(station, name); });
   if (found != options_.stations.end()) return static_cast<int>(found - options_.stations.begin());
-  // Its names may still come.
+  // Its names may follow later.
   return station.declared ? kUnwanted : kUndecided;
 }
 
@@ -113,7 +113,7 @@ bool Guide::Begin(const Programme& programme) {
   item_.richness = 0;
   const bool outside =
       item_.start >= options_.to || (item_.end != kNoEnd && item_.end <= options_.from);
-  // It still ends the one before it.
+  // It still marks the end of the preceding one.
   if (outside) stations_[station_].items.push_back(item_);
   return !outside;
 }
@@ -163,7 +163,7 @@ void Guide::Finish() {
     FindOverlaps(station.items);
     CutToTime(station.items);
   }
-  // Programmes alone have made it, and none is left.
+  // Only programmes created it, and none are left.
   std::erase_if(stations_,
                 [](const Station& station) { return !station.declared && station.items.empty(); });
   tally_.undeclared_stations = static_cast<std::uint64_t>(
@@ -186,7 +186,7 @@ void Guide::ChooseStations() {
                    [](const Station& a, const Station& b) { return a.place < b.place; });
 }
 
-// Sorts an input's items behind those of the one before, and leaves the richest of each start.
+// Sorts items by input and start, and keeps the richest item of each start.
 void Guide::LeaveOneAStart(std::vector<Item>& items) {
   std::stable_sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
     if (a.input != b.input) return a.input < b.input;
@@ -200,7 +200,7 @@ void Guide::LeaveOneAStart(std::vector<Item>& items) {
   items.erase(end, items.end());
 }
 
-// Within each input: what another one says is no reason to end a programme.
+// Within each input: another input's programme does not end this one's.
 void Guide::SetMissingEnds(std::vector<Item>& items) const {
   for (auto item = items.begin(); item != items.end(); ++item) {
     if (item->end != kNoEnd) continue;
@@ -213,7 +213,7 @@ void Guide::SetMissingEnds(std::vector<Item>& items) const {
   }
 }
 
-// Where an earlier input has something on, a later one's programme does not begin, or ends.
+// While an earlier input has a programme, a later input's programme is dropped or ends.
 void Guide::MergeInputs(std::vector<Item>& items) {
   std::stable_sort(items.begin(), items.end(),
                    [](const Item& a, const Item& b) { return a.start < b.start; });

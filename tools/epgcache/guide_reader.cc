@@ -35,7 +35,7 @@ void AppendListed(std::string& list, std::string_view entry) {
 // A start tag as the parser reports it. Names are the parser's, and live as long as it does.
 class StartTag {
  public:
-  // An element with a prefix belongs to somebody else, whatever it is called.
+  // An element with a prefix is not XMLTV's, whatever its name.
   StartTag(const xmlChar* name, const xmlChar* prefix, int attributes, const xmlChar** fields)
       : name_(prefix == nullptr ? View(name) : "(foreign)"),
         attributes_(attributes),
@@ -214,7 +214,7 @@ class Gatherer {
   enum class Record { kChannel, kProgramme };
   static constexpr int kNoRank = INT_MAX;
 
-  // The lower, the better.
+  // Lower is better.
   int RankOf(std::string_view language) const {
     int rank = 0;
     for (const std::string& wanted : options_.languages) {
@@ -423,7 +423,7 @@ class Parser {
       return static_cast<int>(parser.source_.Read(buffer, static_cast<std::size_t>(size)));
     } catch (...) {
       parser.source_failure_ = std::current_exception();
-      // What has been read is parsed all the same.
+      // What was read is still parsed.
       return 0;
     }
   }
@@ -519,7 +519,7 @@ class GuideParser final : public Parser {
     if (IsGathering()) text_ += text;
   }
 
-  // It may have been meant as HTML has it.
+  // It may be meant as an HTML reference.
   void Resolve(const xmlChar* name) override {
     if (!IsGathering()) return;
     const htmlEntityDesc* const known = htmlEntityLookup(name);
@@ -545,7 +545,7 @@ class GuideParser final : public Parser {
     throw Failure(Source().Name() + ": is an HTML page, not an XMLTV guide");
   }
 
-  // Nothing was found that could be an element of a guide.
+  // No element of a guide was found.
   [[noreturn]] void RefuseAll() const {
     if (WhySourceFailed() != nullptr) std::rethrow_exception(WhySourceFailed());
     std::string_view beginning = Source().Beginning();
@@ -558,7 +558,7 @@ class GuideParser final : public Parser {
                   ": is not an XMLTV guide: " + outcome_.fault.reason);
   }
 
-  // Links to pictures and pages, which may stand among the text of a name.
+  // Links to pictures and pages, which may occur within a name's text.
   static bool IsPicture(std::string_view name) {
     return name == "image" || name == "url" || name == "icon";
   }
@@ -614,7 +614,7 @@ std::string ReadableEpisode(std::string_view xmltv_ns) {
     const auto number = ReadEpisodeNumber(std::string_view(text).substr(begin, end - begin));
     begin = std::min(end + 1, text.size());
     const bool is_part = *mark == 'p';
-    // One part of one is no part.
+    // "Part 1 of 1" is left out.
     if (!number || (is_part && number->total == 1)) continue;
     if (!readable.empty()) readable += is_part ? ", " : " ";
     readable += mark + std::to_string(number->number);

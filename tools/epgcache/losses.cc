@@ -32,7 +32,7 @@ bool IsOneOf(std::string_view name, const std::string_view (&names)[kCount]) {
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
-// What the plug-in's reader hands on of a tag, up to the first '>' that it meets.
+// What the plug-in's reader sees of a tag: the text up to the first '>'.
 std::string TagAsRead(std::string_view bytes, const Markup& tag) {
   const std::string_view inside = bytes.substr(tag.begin + 1, tag.end - tag.begin - 1);
   std::string text;
@@ -52,7 +52,7 @@ std::string TagAsRead(std::string_view bytes, const Markup& tag) {
   return text;
 }
 
-// What the bytes hold that the plug-in's reader takes in a way of its own.
+// Constructs in the bytes that the plug-in's reader treats differently from XML.
 class BytesAsRead {
  public:
   explicit BytesAsRead(std::string_view bytes) : bytes_(bytes) {
@@ -136,7 +136,7 @@ class BytesAsRead {
     }
   }
 
-  // What the importer reads beside what the guide says.
+  // Compares what the importer reads with what the guide contains.
   void TakeTimes(CSafeNode& node, const TagParts& parts, std::set<std::int32_t>& starts) {
     const auto start = ParseXmltvTime(parts.ValueOf("start"), Zone());
     const auto stop = ParseXmltvTime(parts.ValueOf("stop"), Zone());

@@ -17,7 +17,7 @@
 
 namespace {
 
-// ICU and libxml2 do not survive every allocation that fails in them.
+// ICU and libxml2 do not survive every failed allocation.
 void* Allocate(std::size_t bytes) {
   void* const block = std::malloc(bytes);
   if (block == nullptr) epgcache::EndWithoutMemory();

@@ -132,10 +132,10 @@ class Converter {
   }
 
  private:
-  // False: the input is at fault, which has been told, and nothing is to be written.
+  // False: the input is invalid, which has been reported, and nothing is to be written.
   bool Read(const std::string& input) {
     std::string fault;
-    // An input that is not there is no guide with a fault.
+    // A missing input is not an invalid guide.
     ByteSource source(input, options_.max_size, [&](std::uint64_t read, std::uint64_t whole) {
       progress_.Show(ShownInput(input), read, whole);
     });

@@ -17,8 +17,7 @@ std::size_t Behind(std::string_view text, std::string_view end_mark, std::size_t
   return found == std::string_view::npos ? text.size() : found + end_mark.size();
 }
 
-// Behind the '>' of a tag, which stands outside quotes. Nowhere in a tag can a '<' stand: it breaks
-// off there.
+// Behind a tag's '>' outside quotes. A '<' cannot occur in a tag, so the tag breaks off there.
 std::size_t BehindTag(std::string_view text, std::size_t at) {
   char quote = '\0';
   for (; at < text.size() && text[at] != '<'; ++at) {

@@ -29,11 +29,11 @@ char file_in_the_making[PATH_MAX] = "";
 
 extern "C" void RemoveAndEnd(int signal_number) {
   if (file_in_the_making[0] != '\0') unlink(file_in_the_making);
-  // The handler is off by now.
+  // The handler is disabled by now.
   raise(signal_number);
 }
 
-// Signals wait for as long as this lives.
+// Signals are blocked while this exists.
 class SignalsWait {
  public:
   SignalsWait() {
@@ -49,7 +49,7 @@ class SignalsWait {
   sigset_t before_;
 };
 
-// REQUIRES: signals wait.
+// REQUIRES: signals are blocked.
 void SetFileInTheMaking(const std::string& name) {
   const std::size_t count = name.size() < PATH_MAX ? name.size() : 0;
   std::memcpy(file_in_the_making, name.data(), count);
@@ -58,7 +58,7 @@ void SetFileInTheMaking(const std::string& name) {
 
 constexpr std::string_view kTemporaryName = ".epgcache.";
 
-// A file in the making is locked by its program, so one that can be locked is nobody's.
+// A file being written is locked by its program, so one that can be locked is left over.
 bool IsLeftBehind(int file) { return flock(file, LOCK_EX | LOCK_NB) == 0; }
 
 // Makes an empty file by the pattern in `name`, locked; -1 when none can be made.
@@ -68,7 +68,7 @@ int MakeTemporary(std::string& name) {
     name = pattern;
     const int file = mkostemp(name.data(), O_CLOEXEC);
     struct stat about = {};
-    // Another program may take it for left behind before it is locked.
+    // Before it is locked, another program may mistake it for a left-over.
     if (file < 0 ||
         (flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &about) == 0 && about.st_nlink == 1)) {
       return file;
@@ -94,7 +94,7 @@ void RemoveLeftBehind(const std::string& folder) {
   }
 }
 
-// As a file gets them that is made anew.
+// As for a newly created file.
 mode_t PermissionsOfNewFiles() {
   const mode_t mask = umask(0);
   umask(mask);
@@ -116,7 +116,7 @@ void HandleSignals() {
   action.sa_flags = static_cast<int>(SA_RESETHAND);
   sigemptyset(&action.sa_mask);
   for (const int signal_number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-    // What is ignored, as under nohup, stays so.
+    // Signals that are ignored, as under nohup, stay ignored.
     struct sigaction before = {};
     sigaction(signal_number, nullptr, &before);
     if (before.sa_handler != SIG_IGN) sigaction(signal_number, &action, nullptr);
@@ -135,7 +135,7 @@ OutputFile::OutputFile(const std::string& name) : shown_(Shown(name)), place_(na
     place_ = real.get();
     if (stat(place_.c_str(), &about) != 0) Fail("cannot be written", errno);
     if (S_ISDIR(about.st_mode)) Fail("cannot be written", EISDIR);
-    // What is moved over a device takes its place.
+    // Renaming over a device would replace it.
     if (!S_ISREG(about.st_mode)) throw Failure(shown_ + ": cannot be written: not a regular file");
   }
   const std::size_t slash = place_.rfind('/');
@@ -152,7 +152,7 @@ OutputFile::OutputFile(const std::string& name) : shown_(Shown(name)), place_(na
     temporary_.clear();
     Fail("no file can be made in its folder", errno);
   }
-  // Where that is not allowed, the file is its writer's.
+  // If that is not permitted, the writer owns the file.
   if (!is_new) (void)!fchown(file_, about.st_uid, about.st_gid);
   fchmod(file_, is_new ? PermissionsOfNewFiles() : about.st_mode & 0777);
   waiting_.reserve(kBlockBytes);
@@ -189,7 +189,7 @@ void OutputFile::Flush() {
 
 void OutputFile::Commit() {
   Flush();
-  // Otherwise a machine that goes down could keep the new name and lose what is in the file.
+  // Otherwise a crash of the machine could keep the new name and lose the contents.
   if (fsync(file_) != 0) Fail("cannot be written", errno);
   const SignalsWait until_it_is_in_place;
   if (rename(temporary_.c_str(), place_.c_str()) != 0) Fail("cannot be put in place", errno);

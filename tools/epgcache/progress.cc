@@ -24,7 +24,7 @@ void Progress::Show(const std::string& name, std::uint64_t read, std::uint64_t w
   next_ = now + kBetween;
   shown_ = true;
   constexpr std::uint64_t kMega = 1'000'000;
-  // A line that is too long for the terminal could not be taken back.
+  // A line wider than the terminal could not be erased.
   constexpr std::size_t kMost = 40;
   const std::string end = name.size() > kMost ? "..." + name.substr(name.size() - kMost) : name;
   std::string line = kBackAndClear + ("Reading " + end) + ": ";

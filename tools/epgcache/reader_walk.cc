@@ -75,7 +75,7 @@ class Walk {
   std::size_t Position() const { return static_cast<std::size_t>(reader_.Offset()); }
   std::string NodeName() const { return std::string(ViewOf(node_.name)); }
 
-  // Reads on, and remembers where the reader and XML have parted since they last were at one.
+  // Reads on, and remembers where the reader and XML have diverged since they last agreed.
   bool Step() {
     if (AreAtOne()) parting_.reset();
     node_.FreeChildren();
@@ -87,7 +87,7 @@ class Walk {
     return read;
   }
 
-  // A root that is read with a fault is a root all the same.
+  // A root with errors is still a root.
   std::optional<Stop> ReadRoot() {
     do {
       if (!Step()) {
@@ -179,7 +179,7 @@ class Walk {
     return {next.begin, ShownTag(tag.name) + " is not closed as it was opened"};
   }
 
-  // The two were at one, so the file itself is not well-formed.
+  // The two agreed, so the file itself is not well-formed.
   Stop Explain() const {
     const std::string parent = ShownTag(opened_.back().name);
     if (end_tag_) return {begin_, parent + " is closed by " + ShownTag("/" + NodeName())};

@@ -94,7 +94,7 @@ class TargetText::Converter {
 
   static constexpr std::size_t kLongestRun = 64;
 
-  // Words come again and again, and transliterating one takes microseconds.
+  // Words repeat, and transliterating one takes microseconds.
   void Replace(std::u16string& unencodable, std::string& bytes, Unencodable& count) {
     if (unencodable.empty()) return;
     constexpr std::size_t kMostKnown = 50'000;

@@ -169,7 +169,7 @@ std::optional<Zone> Zone::Of(std::string_view text) {
     if (!HasRules(text)) return Fixed(text);
     setenv("TZ", std::string(text).c_str(), 1);
   } else if (std::getenv("TZ") == nullptr) {
-    // Otherwise the library looks for another file at every call.
+    // Otherwise the library checks for a changed file at every call.
     setenv("TZ", ":/etc/localtime", 1);
   }
   tzset();
@@ -201,7 +201,7 @@ std::optional<XmltvTime> ParseXmltvTime(std::string_view text, const Zone& zone)
   if (!clock) return std::nullopt;
   const std::string_view suffix = Trimmed(std::string_view(plain).substr(count));
   const auto own = Zone::Fixed(suffix);
-  // A zone that nobody knows has letters, at least.
+  // An unknown zone at least consists of letters.
   const bool is_unknown = !own && !suffix.empty();
   if (is_unknown && std::isalpha(static_cast<unsigned char>(suffix.front())) == 0)
     return std::nullopt;
