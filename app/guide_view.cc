@@ -10,7 +10,7 @@
 #include "app/complain.h"
 #include "app/documents.h"
 #include "app/local_time.h"
-#include "app/near_miss.h"
+#include "text/near_miss.h"
 #include "text/letters.h"
 
 namespace shell {

@@ -10,7 +10,7 @@
 
 #include "app/complain.h"
 #include "app/documents.h"
-#include "app/near_miss.h"
+#include "text/near_miss.h"
 #include "app/script.h"
 #include "app/session.h"
 #include "app/system.h"

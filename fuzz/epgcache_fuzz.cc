@@ -1,7 +1,7 @@
 // A guide through the companion program's pieces, and what they make of it through the plug-in's
 // importer: it takes everything, and gets the texts as they were.
 
-#include <iterator>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <utility>
@@ -10,15 +10,17 @@
 #include "fuzz/fuzz_support.h"
 #include "import/import_driver.h"
 #include "text/counted_text.h"
-#include "tools/epgcache/byte_source.h"
-#include "tools/epgcache/cache_writer.h"
+#include "tools/epgcache/check/difference.h"
+#include "tools/epgcache/check/reader_walk.h"
 #include "tools/epgcache/failure.h"
-#include "tools/epgcache/guide.h"
-#include "tools/epgcache/guide_reader.h"
-#include "tools/epgcache/losses.h"
-#include "tools/epgcache/reader_walk.h"
+#include "tools/epgcache/merge/guide.h"
+#include "tools/epgcache/read/byte_source.h"
+#include "tools/epgcache/read/guide_reader.h"
+#include "tools/epgcache/write/cache_writer.h"
 
 namespace {
+
+constexpr std::uint64_t kMostBytes = 1 << 20;
 
 // Passes a guide on, and remembers its titles by station and start as the guide has them.
 class Recorder final : public epgcache::GuideConsumer {
@@ -28,7 +30,7 @@ class Recorder final : public epgcache::GuideConsumer {
   bool Begin(const epgcache::Programme& programme) override { return guide_.Begin(programme); }
   void Add(const epgcache::Programme& programme) override {
     guide_.Add(programme);
-    titles.emplace(programme.channel, programme.prog[epgcache::kTitle]);
+    titles.emplace(programme.channel, programme.fields[epgcache::kTitle]);
   }
   std::multimap<std::string, std::string> titles;
 
@@ -61,46 +63,88 @@ void CheckListings(const std::string& listings, const epgcache::Guide& guide,
   }
 }
 
-// What --check does beside asking the importers.
+// What --check does beside asking the importers for their verdict.
 void CheckTheCheck(const std::string& name, std::string_view bytes) {
   const auto stop = epgcache::WalkAsImporters(name, bytes);
   fuzz::Check(!stop || stop->at <= bytes.size(), "a place lies in the file");
+  ORVANE::MSTR status;
+  const auto store = ImportEPGFile(name.c_str(), status, nullptr);
+  if (store == nullptr) return;
   epgcache::Options options;
-  options.max_size = 1 << 20;
-  for (const auto& loss : epgcache::FindLosses(name, bytes, options).counts)
-    fuzz::Check(loss.count != 0, "what is listed is lost");
+  options.max_size = kMostBytes;
+  options.guide.default_length = 240;
+  try {
+    FindDifferences(*store, name, name, options);
+  } catch (const epgcache::Failure&) {
+  }
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string input(ViewOf(fuzz::MemoryFile(fuzz::View(data, size))));
-  if (size != 0) CheckTheCheck(input, fuzz::View(data, size));
-  // One byte of the input chooses how.
-  const bool windows = size != 0 && (data[size - 1] & 1) != 0;
+struct Settings {
   epgcache::ReadingOptions reading;
-  if (size != 0 && (data[size - 1] & 2) != 0) {
-    reading.languages = {"en", "de"};
-    reading.episodes = reading.guests = reading.presenters = true;
-  }
-  epgcache::GuideOptions options;
-  options.default_length = 240;
-  options.cut_overlaps = size != 0 && (data[size - 1] & 4) != 0;
-  epgcache::TargetText text(windows ? epgcache::Encoding::kWindows1252 : epgcache::Encoding::kUtf8);
-  epgcache::Guide guide(options, text);
+  epgcache::GuideOptions guide;
+  epgcache::Encoding encoding = epgcache::Encoding::kUtf8;
+  bool mends = false;
+};
+
+struct Made {
+  std::string listings;
+  bool has_items = false;
+  bool has_fault = true;
+  int mended = 0;
+};
+
+Made MakeListings(std::string_view bytes, const Settings& settings) {
+  // There is one at a time.
+  const std::string input(ViewOf(fuzz::MemoryFile(bytes)));
+  Made made;
+  epgcache::TargetText text(settings.encoding);
+  epgcache::Guide guide(settings.guide, text);
   Recorder consumer(guide);
+  const auto tell = [&made](const epgcache::Fault& fault) {
+    fuzz::Check(fault.line > 0 && fault.column > 0 && !fault.reason.empty(), "a place is told");
+    ++made.mended;
+  };
   for (int times = 0; times < 2; ++times) {  // the second one brings nothing new
     try {
-      epgcache::ByteSource source(input, 1 << 20);
-      ReadGuide(source, reading, consumer);
+      epgcache::ByteSource source(input, kMostBytes);
+      while (source.Next()) {
+        const auto outcome = ReadGuide(source, settings.reading, consumer,
+                                       settings.mends ? epgcache::FaultSink(tell) : nullptr);
+        made.has_fault = !outcome.fault.reason.empty();
+      }
     } catch (const epgcache::Failure&) {
     }
     guide.NextInput();
   }
   guide.Finish();
-  std::string listings;
   const auto written =
-      WriteCache(guide, text, [&listings](std::string_view bytes) { listings += bytes; });
-  if (written.items != 0 && !windows) CheckListings(listings, guide, consumer.titles);
+      WriteCache(guide, text, [&made](std::string_view more) { made.listings += more; });
+  made.has_items = written.items != 0;
+  if (made.has_items && settings.encoding == epgcache::Encoding::kUtf8)
+    CheckListings(made.listings, guide, consumer.titles);
+  return made;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::string_view bytes = fuzz::View(data, size);
+  CheckTheCheck(std::string(ViewOf(fuzz::MemoryFile(bytes))), bytes);
+  // One byte of the input chooses how.
+  const unsigned choice = data[size - 1];
+  Settings settings;
+  if ((choice & 1) != 0) settings.encoding = epgcache::Encoding::kWindows1252;
+  if ((choice & 2) != 0) {
+    settings.reading.languages = {"en", "de"};
+    settings.reading.episodes = settings.reading.guests = settings.reading.presenters = true;
+  }
+  settings.guide.default_length = 240;
+  settings.guide.cut_overlaps = (choice & 4) != 0;
+  const Made strict = MakeListings(bytes, settings);
+  settings.mends = true;
+  const Made mended = MakeListings(bytes, settings);
+  fuzz::Check(strict.has_fault || mended.mended != 0 || mended.listings == strict.listings,
+              "what is well-formed stays as it is");
   return 0;
 }

@@ -16,8 +16,8 @@
 set -eu
 
 packages="g++ cmake ninja-build libcli11-dev nlohmann-json3-dev"
-tools="libicu-dev liblzma-dev libxml2-dev zlib1g-dev"
-tests="$tools libgmock-dev libgtest-dev libpugixml-dev python3 python3-jsonschema xz-utils"
+tools="libarchive-dev libicu-dev libxml2-dev"
+tests="$tools libgmock-dev libgtest-dev libpugixml-dev python3 python3-jsonschema xz-utils bzip2 zip zstd"
 case "${1:-build}" in
   build) ;;
   tools) packages="$packages $tools" ;;
@@ -39,17 +39,16 @@ esac
 # A library is there when this header is.
 header_of() {
   case "$1" in
+    libarchive-dev) echo archive_entry.h ;;
     libbenchmark-dev) echo benchmark/benchmark.h ;;
     libexpat1-dev) echo expat.h ;;
     libcli11-dev) echo CLI/CLI.hpp ;;
     libgmock-dev) echo gmock/gmock.h ;;
     libgtest-dev) echo gtest/gtest.h ;;
     libicu-dev) echo unicode/translit.h ;;
-    liblzma-dev) echo lzma.h ;;
     libpugixml-dev) echo pugixml.hpp ;;
     nlohmann-json3-dev) echo nlohmann/json.hpp ;;
     libxml2-dev) echo libxml2/libxml/xmlreader.h ;;
-    zlib1g-dev) echo zlib.h ;;
     *) echo "$0: no header is known for $1" >&2; exit 2 ;;
   esac
 }

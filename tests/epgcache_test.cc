@@ -142,7 +142,9 @@ TEST(Epgcache, TextsAndTimesArriveAsAGeneralParserSeesThem) {
   for (const char* const command :
        {"$E $G -o $O", "gzip <$G | $E - -o $O",
         "(head -c 999 $G | gzip; tail -c +1000 $G | gzip) | $E - -o $O",
-        "xz <$G >$O.xz && $E $O.xz -o $O",
+        "xz <$G >$O.xz && $E $O.xz -o $O", "(bzip2 <$G | zstd) | $E - -o $O",
+        "D=$(mktemp -d); gzip <$G >$D/g.xml.gz; echo no >$D/readme.txt; "
+        "(cd $D && zip -qr - . | gzip) | $E - -o $O; S=$?; rm -r $D; exit $S",
         "sed 1s/UTF-8/UTF-16/ $G | iconv -f UTF-8 -t UTF-16 | $E - -o $O"}) {
     SCOPED_TRACE(command);
     const TempFile listings("");
@@ -230,7 +232,36 @@ TEST(Epgcache, PutsGuidesInOrder) {
         On("a", "2000", "2100", Titled("longer, poorer"))},
        "",
        "a: 20:00-21:00 y /  first\nnight \n",
-       "2 programmes with the start of a richer one"},
+       "2 programmes with the start of one that says more"},
+      // Or what has a stop.
+      {{On("a", "0000", "0000", Titled("x") + "<date>2026</date>") +
+        On("a", "0000", "0215", Titled("y"))},
+       "",
+       "a: 00:00-02:15 y\n",
+       "1 programme with the start of one that says more"},
+      // Seconds count; what lasts less than a minute makes room for what begins in it.
+      {{On("a", "140527", "140557", Titled("x") + "<date>2026</date>") +
+        On("a", "140557", "150000", Titled("y")) + On("a", "160030", "160055", Titled("z"))},
+       "",
+       "a: 14:05-15:00 y | 16:00-16:01 z\n",
+       "1 programme of less than a minute"},
+      {{"<channel id='a'><display-name>News 24/7</display-name></channel>" + over},
+       "",
+       "News 24\u22157: 20:00-21:30 x | 21:00-22:00 y\n",
+       "1 '/' in a station's name"},
+      {{"<channel id='a'><display-name>1 \u00bd / 2</display-name></channel>" + over},
+       "--encoding windows-1252",
+       "1 \xbd - 2: 20:00-21:30 x | 21:00-22:00 y\n",
+       "1 '/' in a station's name"},
+      {{over},
+       "",
+       "a: 20:00-21:30 x | 21:00-22:00 y\n",
+       "2 programmes whose times name no zone, taken as UTC; --zone says otherwise"},
+      {{On("a", "2000", "2100",
+           Titled("x") + "<credits><actor>\n A\n  B <image>c</image>\n</actor></credits>")},
+       "",
+       "a: 20:00-21:00 x / A B\n",
+       ""},
       // The first input wins where it has something on; between and around it the second one fills.
       {{two + over,
         On("a", "1900", "2010", Titled("early")) + On("a", "2115", "2300", Titled("no")) +
@@ -248,6 +279,10 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "--stations 'two hd,never,A'",
        "Two HD: 21:00-22:00 z\nOne: 20:00-21:30 x | 21:00-22:00 y\n",
        "no station has the id or name \"never\""},
+      {{evening + two},
+       "--stations 'T?o*',@$L",
+       "Two HD: 21:00-22:00 z\nOne: 20:00-21:30 x | 21:00-22:00 y\n",
+       "no station has the id or name \"Twoo HD\"; did you mean \"Two HD\"?"},
       {{evening + two},
        "--stations un",
        "One: 20:00-21:30 x | 21:00-22:00 y\n",
@@ -334,6 +369,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "a: 20:00-21:00 x\n",
        "3 programmes without a readable start"},
   };
+  const TempFile station_list("# what we watch\n\n Twoo HD\r\none\n");
   for (const Conversion& row : rows) {
     SCOPED_TRACE(row.options + " for " + row.guides.front());
     std::vector<std::unique_ptr<TempFile>> inputs;
@@ -344,7 +380,8 @@ TEST(Epgcache, PutsGuidesInOrder) {
       command += " " + inputs.back()->Path();
     }
     const TempFile listings("");
-    const Outcome made = RunCommand(command + " -o " + listings.Path());
+    const Outcome made =
+        RunCommand("L=" + station_list.Path() + "; " + command + " -o " + listings.Path());
     ASSERT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(Shown(listings), row.shown);
     EXPECT_THAT(made.err, HasSubstr(row.said));
@@ -369,10 +406,14 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
       {"echo '<tv></tv>' | $E - -o $O", "not written: there is no programme"},
       {"$E $G --stations none -o $O", "1 is of other stations"},
       {"$E $G --from 2027 -o $O", "1 is outside --from and --days"},
-      {"gzip <$G | head -c 60 | $E - -o $O", "ends in the middle of its compressed data"},
-      {"xz <$G | head -c 80 | $E - -o $O", "ends in the middle of its compressed data"},
-      {"(gzip <$G | head -c 40; gzip <$G | tail -c +42) | $E - -o $O",
-       "its compressed data is damaged"},
+      {"gzip <$G | head -c 60 | $E - -o $O", "its packed data is damaged or cut off"},
+      {"xz <$G | head -c 80 | $E - -o $O", "its packed data is damaged or cut off"},
+      {"zip -q - $G | head -c 100 | $E - -o $O", "its packed data is damaged or cut off"},
+      {"cd $D; echo no >readme.txt; zip -q r.zip readme.txt; $E r.zip -o $O; S=$?; rm r*; exit $S",
+       "r.zip: holds no guide"},
+      {"cp $G $D/g; for i in 1 2 3 4 5 6 7 8 9; do tar -cf $D/t -C $D g; mv $D/t $D/g; done; "
+       "$E $D/g -o $O",
+       "is packed more than 8 times"},
       {"(echo '<tv>'; head -c 9000000 /dev/zero | tr '\\0' '\\n') | gzip | $E - --max-size 8M -o "
        "$O",
        "is larger than 8388608 bytes unpacked"},
@@ -416,8 +457,8 @@ TEST(Epgcache, BadInputAndBadOutputLeaveTheOldListings) {
   const std::pair<const char*, const char*> usage[] = {
       {"$E $G", "--output"},
       {"$E $G -o -", "--output: it is a file; - is none"},
-      {"$E --lang , $G", "--lang: it names no language"},
-      {"$E $G -o /tmp --stations ' ,'", "--stations: it names no station"}};
+      {"$E --lang , $G", "--lang: it names nothing"},
+      {"$E $G -o /tmp --stations ' ,'", "--stations: it names nothing"}};
   for (const auto& [command, said] : usage) {
     const Outcome outcome = RunCommand("G=" + guide.Path() + "; " + command);
     EXPECT_EQ(outcome.status, 2) << command;
@@ -443,7 +484,7 @@ TEST(Epgcache, EndsWithAMessageWhereMemoryOrReadingFails) {
       RunCommand("iconv -t UTF-16 <" + guide.Path() + " >" + utf16 +
                  "; for n in 1 2 4 7 12 30 60 100 $(seq 200 67 2000) 1000000; do (" +
                  Failing("FAIL_ALLOCATION=$n") + run + "); echo $?; done 2>&1 | sort -u; " +
-                 "for n in $(seq 480 540); do (" + Failing("FAIL_ALLOCATION=$n") + "$E -q " +
+                 "for n in $(seq 0 67 900) 1000000; do (" + Failing("FAIL_ALLOCATION=$n") + "$E -q " +
                  utf16 + to + "); echo $?; done 2>&1 | sort -u");
   EXPECT_EQ(memory.out, "0\n1\nepgcache: out of memory\n0\n1\nepgcache: out of memory\n");
   EXPECT_EQ(RunCommand(Failing("INTERRUPT_READS=1") + run).status, 0);
@@ -491,23 +532,96 @@ TEST(Epgcache, WritesBehindALinkAndKeepsPermissions) {
       RunCommand("G=" + guide.Path() + "; cd $(dirname " + old.Path() +
                  "); umask 027; $E -q $G -o new.xml; stat -c %a new.xml; $E $G -o new.xml");
   EXPECT_EQ(fresh.out, "640\n");
-  EXPECT_EQ(fresh.err,
-            "epgcache: new.xml: 1 station, 2 programmes, 2 items\n"
-            "  repaired: 1 station made that no channel element declares\n");
+  EXPECT_EQ(
+      fresh.err,
+      "epgcache: new.xml: 1 station, 2 programmes, 2 items\n"
+      "  repaired: 1 station made that no channel element declares\n"
+      "            2 programmes whose times name no zone, taken as UTC; --zone says otherwise\n");
 }
 
-TEST(Epgcache, KeepsWhatStandsBeforeAFault) {
-  const std::string good = "<tv>" + On("a", "2000", "2100", Titled("x"));
-  const TempFile cut(good + "<programme channel='a' start='20261123210000'><title>y</titl");
+TEST(Epgcache, MendsWhatIsNotWellFormed) {
+  const std::string x = On("a", "2000", "2100", Titled("x"));
+  const std::string y = On("a", "2100", "2200", Titled("y"));
+  const std::string both = "a: 20:00-21:00 x | 21:00-22:00 y\n";
+  const auto titled = [&](const std::string& title) {
+    return "<tv>" + On("a", "2000", "2100", Titled(title)) + y + "</tv>";
+  };
+  const auto shown = [](const std::string& title) {
+    return "a: 20:00-21:00 " + title + " | 21:00-22:00 y\n";
+  };
+  const struct {
+    std::string guide;
+    std::string shown;
+    std::string said;
+    bool is_well_formed = false;
+  } rows[] = {
+      {titled("A&E &amp; I <3 U<"), shown("A&E & I <3 U<"), ":1:77: an '&' that begins no ref"},
+      {titled("R&D; caf&eacute;&#8217;&#0;&#xD800;"), shown("R&D; caf\u00e9\u2019"),
+       ":1:77: an '&' that begins no reference"},
+      {titled("\u00f8\xf8\x93z\x01\x94"), shown("\u00f8\u00f8\u201cz\u201d"),
+       ":1:78: a byte that is no UTF-8"},
+      {titled("<![CDATA[A&B<\xf8]]>"), shown("A&B<\u00f8"), "a byte that is no UTF-8"},
+      {"<?xml version='1.0' encoding='windows-1252'?>" + titled("\xf8 & \x93z"),
+       shown("\u00f8 & \u201cz"), "an '&' that begins no reference"},
+      {"\n<?xml version='1.0'?>junk" + titled("x"), both, ":2:22: text outside the guide"},
+      // End tags that are missing, misspelt or too many.
+      {titled("x</titel></x><desc>d</desc><title>"), both, "</titel>, where </title> should be"},
+      {titled("x<desc>d</desc>"), both, "<title> is not closed before this <desc>", true},
+      {"<tv><programme channel='a' start='20261123200000' stop='20261123210000'><title>x" + y, both,
+       "<title> is not closed before this <programme>"},
+      {"<tv>" + x + "</tv>\n<?xml version='1.0'?><tv>" + y + "</tv>", both, ":3:22: another <tv>"},
+      {"<tv>" + x + "</tv> &nbsp;" + y, both, "text outside the guide"},
+      // What the end cuts off.
+      {"<tv>" + x +
+           "<programme channel='a' start='20261123210000' stop='20261123220000'><title>y"
+           "</title><desc>not who",
+       both, "the document ends inside <desc>"},
+      {"<tv>" + x + y + "<programme channel='a' start='20261123220000'><title>not who", both,
+       "the document ends inside <title>"},
+      {"<tv>" + x + y + "<programme channel='a' star", both, "the document ends inside <tv>"},
+      // Nothing can be read behind this one.
+      {"<!DOCTYPE tv [<!ENTITY e SYSTEM 's'>]><tv>" + x + y + Titled("&e;") + "</tv>", both,
+       "refers to \"s\", which is not followed"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.guide);
+    const TempFile guide(row.guide);
+    const TempFile listings("old");
+    const std::string run = "$E --keep-going " + guide.Path() + " -o " + listings.Path();
+    const Outcome strict = RunCommand(run.substr(0, 3) + run.substr(16));
+    EXPECT_EQ(strict.status, row.is_well_formed ? 0 : 1);
+    const Outcome made = RunCommand(run);
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(Shown(listings), row.shown);
+    EXPECT_THAT(made.err, HasSubstr(row.said));
+  }
+  // What cannot be mended is passed over. Enough to be in more than one of the library's blocks.
+  std::string many;
+  for (int day = 10; day < 30; ++day)
+    many +=
+        At("a", "202611" + std::to_string(day), "", "<title>x</title>\n" + std::string(9999, ' '));
+  const TempFile long_guide("<tv>" + many + "</tv>");
   const TempFile html("<html>");
   const TempFile listings("old");
-  const Outcome made = RunCommand("gzip <" + cut.Path() + " | head -c -6 | $E --keep-going - " +
-                                  html.Path() + " " + cut.Path() + " -o " + listings.Path());
+  const Outcome made =
+      RunCommand("gzip <" + long_guide.Path() + " | head -c -20 | $E --keep-going - " +
+                 html.Path() + " -o " + listings.Path());
   EXPECT_EQ(made.status, 0);
-  EXPECT_THAT(made.err, HasSubstr("listings.xml:2:"));
-  EXPECT_THAT(made.err, HasSubstr("standard input:2:61: it ends in the middle of its compressed"));
+  EXPECT_THAT(made.err, HasSubstr("its packed data is damaged or cut off"));
   EXPECT_THAT(made.err, HasSubstr("is an HTML page"));
-  EXPECT_EQ(Shown(listings), "a: 20:00-21:00 x\n");
+  EXPECT_THAT(Shown(listings), HasSubstr("a: 00:00-04:00 x | 00:00-04:00 x"));
+}
+
+TEST(Epgcache, ListsStations) {
+  const TempFile guide("<tv><channel id='b'><display-name>Two HD</display-name></channel>" +
+                       On("a", "2000", "2100", Titled("x")) + On("a", "2300", "", "") + "</tv>");
+  const Outcome listed =
+      RunCommand("$E --list --zone Europe/Rome - <" + guide.Path() + "; $E --elements | head -n 2");
+  EXPECT_EQ(listed.out,
+            "      0                                        b  Two HD\n"
+            "      2  2026-11-23 20:00 to 2026-11-24 03:00  a\n"
+            "channel/display-name\tnetwork and call sign, the first two\n"
+            "programme/title\tTitle\n");
 }
 
 TEST(Epgcache, ChecksAsThePluginReads) {
@@ -546,12 +660,12 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        "<icon>"},
       {with("<x\n a=\"1\"><y/></x>\n"),
        ":3:1: the plug-in does not take it: a line break or tab behind the name of <x>"},
-      {tv + one + on, ": the plug-in does not take it: the file ends inside <tv>",
-       ":4:1: not well-formed: Premature end"},
-      {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says",
-       "1  programmes left out, as no channel"},
+      {tv + one + on, ":4:1: the plug-in does not take it: the file ends inside <tv>"},
+      {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says"},
+      {tv + "</x>" + one + on + "</tv>", ": the plug-in takes it",
+       ":2:1: not well-formed: </x>, where nothing is to be closed\n"},
       {"<tv>" + one + "<x><y>&#8217;<!-- --></y></x></tv>",
-       ":2:14: also rejected: a comment in the text of <y>", "1  numeric character references"},
+       ":2:14: also rejected: a comment in the text of <y>", " -o LISTINGS.xml makes listings"},
       {"<!-- <a><b/></a> --><tv/>", "markup inside a comment, which is read"},
       // What is read from its cause on: where XML and the reader part.
       {with("<!-- Tom & Jerry -->\n"),
@@ -567,44 +681,45 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        ":3:8: the plug-in does not take it: a blank or line break before the '>'"},
       {"<html><body><p>x</p></body></html>",
        ":1:1: the plug-in does not take it: <html> begins none"},
-      {with(
-           "<programme start=\"20261123 +01:00\" channel=\"a\"><title>&#65;</title><title>2</title>"
-           "<sub-title>x<b>y</b></sub-title><icon/><rating/></programme>") +
+      {with("<programme start=\"20261123 +01:00\" channel=\"a\"><title>&#65;</title>"
+            "<title>2</title><desc>A long text<b> that goes on behind</b></desc><icon/><rating/>"
+            "<sub-title>It&#8217;s &lt;late&gt;</sub-title><language>en</language></programme>") +
            " &nbsp;",
        ": the plug-in takes it",
-       ":4:7: not well-formed: Extra content at the end of the document\n"
-       "It loses or alters:\n"
-       "        1  numeric character references, which vanish\n"
-       "        1  references by other names than XML's five, which vanish\n"
-       "        1  programmes whose start is misread\n"
-       "        1  programmes without a readable stop, which have no end\n"
-       "        1  texts overwritten by a later one of their kind\n"
-       "        1  elements inside texts, which end there\n"
-       "        1  elements not read: icon\n"},
-      {with("<channel id=\"a\"><display-name>x</display-name></channel>" + on +
-            "<channel id = \"b\"/>" +
-            "<programme start=\"20261123\" channel=\"b\"/><programme channel=\"a\"\n "
-            "start=\"2026\"/>"),
+       ":4:6: not well-formed: text outside the guide\n"
+       "It differs from what the guide says:\n"
+       "        1  programmes with a wrong start: its zone or its form is misread\n"
+       "        1  programmes without an end: there is no readable stop\n"
+       "        1  Title: another one's, the last of several or of a programme with the same "
+       "texts\n"
+       "        1  EpisodeTitle: references vanish, numeric ones and names beyond XML's five\n"
+       "        1  Description: ends early, at an element or comment inside it\n"
+       "        1  Language: not read\n"},
+      {with("<channel id=\"c\"/><channel id = \"b\"/><channel id=\"d\"><display-name>24/7"
+            "</display-name></channel>" +
+            on +
+            "<programme start=\"20261123\" channel=\"b\"/><programme start=\"20261123210000 "
+            "+0000\" channel=\"a\"><title>y</title></programme>"),
        ": the plug-in takes it",
-       "        2  tags with attributes misread, for their blanks, line breaks, quotation marks or "
-       "'>'\n"
-       "        1  channels left out, as one before them has their id\n"
-       "        2  programmes left out, as no channel read before them is theirs\n"
-       "        1  programmes left out, as one of their station is read with their start\n"},
-      {with("<channel id=\"b\"><display-name>1</display-name><display-name>2</display-name>"
-            "<display-name>3</display-name></channel><channel id=\"c\" x=\"A&B;\"/>"),
+       "It differs from what the guide says:\n"
+       "        1  programmes without an end: there is no readable stop\n"
+       "        1  Station's name: not read\n"
+       "        1  stations missing: no <channel> declares them, or the plug-in misreads it\n"
+       "        1  programmes missing with their stations\n"
+       "        1  Station's name: ends at its '/'\n"},
+      {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + tv + one +
+           "<channel id=\"c\"><display-name>\xe6</display-name></channel>" + on + "</tv>",
        ": the plug-in takes it",
-       "        1  references by other names than XML's five, which vanish\n"
-       "        1  display names beyond the second of a channel\n"},
-      {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + tv + one + "<channel id=\"\xe6\"/>" +
-           on + "</tv>",
-       ": the plug-in takes it", "        1  bytes in ISO-8859-1, which arrive as they stand\n"},
+       "        1  Station's name: bytes of another encoding arrive as they stand\n"},
       {"<Programmes><x/></Programmes>", ":1:1: the plug-in does not take it: the plug-in says"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.guide);
     const TempFile guide(row.guide);
     const Outcome outcome = RunCommand("$E --check " + guide.Path());
+    const Outcome piped = RunCommand("$E --check - <" + guide.Path());
+    EXPECT_EQ(piped.status, outcome.status);
+    EXPECT_THAT(piped.out, HasSubstr(row.said.substr(0, row.said.find(" of the stat"))));
     EXPECT_EQ(outcome.status, row.said.find("takes it") == std::string::npos ? 1 : 0);
     EXPECT_THAT(outcome.out, HasSubstr(row.said));
     EXPECT_THAT(outcome.out, HasSubstr(row.then));

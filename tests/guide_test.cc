@@ -8,7 +8,7 @@
 #include "app/display_text.h"
 #include "app/guide_grid.h"
 #include "app/local_time.h"
-#include "app/near_miss.h"
+#include "text/near_miss.h"
 #include "app/text_search.h"
 #include "tests/support/test_support.h"
 
@@ -193,7 +193,7 @@ TEST(NearMiss, KnowsWhatWasMeant) {
   const std::vector<std::string> known = {"Thimble", "Velvet Reel", "Orrery", "Two"};
   const std::pair<const char*, const char*> rows[] = {
       {"thimbel", "Thimble"}, {"Velvetreel", "Velvet Reel"}, {"Ored", ""}, {"Tow", ""}, {"", ""}};
-  for (const auto& [name, meant] : rows) EXPECT_EQ(meant, shell::NearMiss(name, known)) << name;
+  for (const auto& [name, meant] : rows) EXPECT_EQ(meant, NearMiss(name, known)) << name;
 }
 
 }  // namespace

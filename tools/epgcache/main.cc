@@ -1,51 +1,27 @@
 // epgcache: listings for the guide plug-in out of any XMLTV guides.
 
-#include <libxml/xmlmemory.h>
-#include <unicode/uclean.h>
-
-#include <cstddef>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <exception>
-#include <new>
 
-#include "tools/epgcache/check.h"
+#include "tools/epgcache/check/check.h"
+#include "tools/epgcache/failure.h"
 #include "tools/epgcache/make_listings.h"
 #include "tools/epgcache/options.h"
-#include "tools/epgcache/output_file.h"
+#include "tools/epgcache/read/elements.h"
+#include "tools/epgcache/write/output_file.h"
 
 namespace {
 
-// ICU and libxml2 do not survive every failed allocation.
-void* Allocate(std::size_t bytes) {
-  void* const block = std::malloc(bytes);
-  if (block == nullptr) epgcache::EndWithoutMemory();
-  return block;
+// A line for each element that has a field: its place, its name, the field.
+int ShowElements() {
+  for (const epgcache::Element& element : epgcache::kElements) {
+    std::printf("%.*s/%.*s\t%.*s\n", static_cast<int>(element.parent.size()), element.parent.data(),
+                static_cast<int>(element.name.size()), element.name.data(),
+                static_cast<int>(element.becomes.size()), element.becomes.data());
+  }
+  if (std::fflush(stdout) != 0) throw epgcache::Failure("the answer cannot be written");
+  return 0;
 }
-void* Reallocate(void* old, std::size_t bytes) {
-  void* const block = std::realloc(old, bytes);
-  if (block == nullptr) epgcache::EndWithoutMemory();
-  return block;
-}
-char* Duplicate(const char* text) {
-  const std::size_t bytes = std::strlen(text) + 1;
-  return static_cast<char*>(std::memcpy(Allocate(bytes), text, bytes));
-}
-
-void EndWithoutMemoryFromNowOn() {
-  std::set_terminate(epgcache::EndWithoutMemory);
-  UErrorCode error = U_ZERO_ERROR;
-  u_setMemoryFunctions(
-      nullptr, [](const void*, std::size_t bytes) { return Allocate(bytes); },
-      [](const void*, void* old, std::size_t bytes) { return Reallocate(old, bytes); },
-      [](const void*, void* block) { std::free(block); }, &error);
-  xmlMemSetup(std::free, Allocate, Reallocate, Duplicate);
-}
-
-// The libraries' own static objects allocate, so this comes before them.
-[[gnu::section(".preinit_array"),
-  gnu::used]] void (*const before_all)() = EndWithoutMemoryFromNowOn;
 
 }  // namespace
 
@@ -54,10 +30,9 @@ int main(int count, char** arguments) {
     epgcache::HandleSignals();
     const epgcache::CommandLine line = epgcache::ReadCommandLine(count, arguments);
     if (!line.options) return line.status;
+    if (line.options->elements) return ShowElements();
     if (line.options->check) return epgcache::CheckFile(*line.options);
     return epgcache::MakeListings(*line.options);
-  } catch (const std::bad_alloc&) {
-    std::fputs("epgcache: out of memory\n", stderr);
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "epgcache: %s\n", failure.what());
   }

@@ -1,18 +1,19 @@
 #include "tools/epgcache/make_listings.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "tools/epgcache/byte_source.h"
-#include "tools/epgcache/cache_writer.h"
 #include "tools/epgcache/failure.h"
-#include "tools/epgcache/guide.h"
-#include "tools/epgcache/output_file.h"
+#include "tools/epgcache/merge/guide.h"
 #include "tools/epgcache/progress.h"
+#include "tools/epgcache/read/byte_source.h"
 #include "tools/epgcache/text.h"
+#include "tools/epgcache/write/cache_writer.h"
+#include "tools/epgcache/write/output_file.h"
 
 namespace epgcache {
 
@@ -23,79 +24,82 @@ void Tell(const std::string& text) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-// A number and what it counts, as one and as several.
-struct Count {
-  std::uint64_t number;
+// What a count is called, as one and as several.
+struct Line {
+  Count count;
   const char* one;
   const char* several;
 };
 
-std::string TextOf(const Count& count) {
-  return std::to_string(count.number) + " " + (count.number == 1 ? count.one : count.several);
+constexpr Line kRepaired[] = {
+    {kUndeclaredStations, "station made that no channel element declares",
+     "stations made that no channel element declares"},
+    {kMendedPlaces, "place mended that is not well-formed",
+     "places mended that are not well-formed"},
+    {kUnreadableStop, "stop that is no time", "stops that are no times"},
+    {kStopNotAfterStart, "stop not after its start", "stops not after their starts"},
+    {kBrief, "programme of less than a minute, which gets one",
+     "programmes of less than a minute, which get one"},
+    {kEndedByNext, "missing end set to where the next programme begins",
+     "missing ends set to where the next programme begins"},
+    {kEndedByLength, "missing end set by --default-length", "missing ends set by --default-length"},
+    {kCutByEarlierInput, "programme cut where an earlier input has something on",
+     "programmes cut where an earlier input has something on"},
+    {kOverlapCut, "overlap cut", "overlaps cut"},
+    {kUnknownZone, "programme in a zone that nobody knows, taken as --zone",
+     "programmes in zones that nobody knows, taken as --zone"},
+    {kMissingZone, "programme whose times name no zone, taken as UTC; --zone says otherwise",
+     "programmes whose times name no zone, taken as UTC; --zone says otherwise"},
+    {kHtmlReferences, "reference to a character by its HTML name",
+     "references to characters by their HTML names"},
+    {kSlashes, "'/' in a station's name, where the plug-in would cut it, replaced",
+     "'/' in stations' names, where the plug-in would cut them, replaced"},
+    {kTransliterated, "character transliterated", "characters transliterated"},
+};
+constexpr Line kKept[] = {
+    {kOverlapKept, "programme that overlaps the next one", "programmes that overlap the next one"}};
+constexpr Line kDropped[] = {
+    {kChannelsWithoutId, "channel without an id", "channels without an id"},
+    {kWithoutChannel, "programme without a channel", "programmes without a channel"},
+    {kWithoutStart, "programme without a readable start", "programmes without a readable start"},
+    {kSameStart, "programme with the start of one that says more",
+     "programmes with the start of one that says more"},
+    {kInEarlierInput, "programme where an earlier input has something on",
+     "programmes where an earlier input has something on"},
+    {kOutsideTime, "programme outside --from and --days", "programmes outside --from and --days"},
+    {kOtherStations, "programme of other stations", "programmes of other stations"},
+    {kUnknownReferences, "reference to an unknown entity", "references to unknown entities"},
+    {kLostCharacters, "character that the encoding lacks, written as ?",
+     "characters that the encoding lacks, written as ?"},
+};
+constexpr Line kWhyEmpty[] = {
+    {kWithoutChannel, "has no channel", "have no channel"},
+    {kWithoutStart, "has no readable start", "have no readable start"},
+    {kOutsideTime, "is outside --from and --days", "are outside --from and --days"},
+    {kOtherStations, "is of other stations", "are of other stations"},
+};
+
+std::string Counted(std::uint64_t number, const char* one, const char* several) {
+  return std::to_string(number) + " " + (number == 1 ? one : several);
 }
 
 // The counts that are not 0, a line each; the first one begins with the heading.
-void AppendCounts(const char* heading, const std::vector<Count>& counts, std::string& text) {
-  for (const Count& count : counts) {
-    if (count.number == 0) continue;
-    text += heading + TextOf(count) + "\n";
+std::string Lines(const char* heading, std::span<const Line> lines, const Tally& tally) {
+  std::string text;
+  for (const Line& line : lines) {
+    if (tally[line.count] == 0) continue;
+    text += heading + Counted(tally[line.count], line.one, line.several) + "\n";
     heading = "            ";
   }
+  return text;
 }
 
-struct References {
-  std::uint64_t of_html = 0;
-  std::uint64_t unknown = 0;
-};
-
-std::string Summary(const Options& options, const GuideTally& tally, const References& references,
-                    const Written& written) {
-  std::string text = Shown(options.output) + ": " +
-                     TextOf({written.stations, "station", "stations"}) + ", " +
-                     TextOf({written.programmes, "programme", "programmes"}) + ", " +
-                     TextOf({written.items, "item", "items"}) + "\n";
-  const auto& repaired = tally.repaired;
-  AppendCounts(
-      "  repaired: ",
-      {{tally.undeclared_stations, "station made that no channel element declares",
-        "stations made that no channel element declares"},
-       {repaired[kUnreadableStop], "stop that is no time", "stops that are no times"},
-       {repaired[kStopNotAfterStart], "stop not after its start", "stops not after their starts"},
-       {repaired[kEndedByNext], "missing end set to where the next programme begins",
-        "missing ends set to where the next programme begins"},
-       {repaired[kEndedByLength], "missing end set by --default-length",
-        "missing ends set by --default-length"},
-       {repaired[kCutByEarlierInput], "programme cut where an earlier input has something on",
-        "programmes cut where an earlier input has something on"},
-       {options.guide.cut_overlaps ? repaired[kOverlap] : 0, "overlap cut", "overlaps cut"},
-       {repaired[kUnknownZone], "programme in a zone that nobody knows, taken as --zone",
-        "programmes in zones that nobody knows, taken as --zone"},
-       {references.of_html, "reference to a character by its HTML name",
-        "references to characters by their HTML names"},
-       {written.unencodable.transliterated, "character transliterated",
-        "characters transliterated"}},
-      text);
-  AppendCounts("  kept:     ",
-               {{options.guide.cut_overlaps ? 0 : repaired[kOverlap],
-                 "programme that overlaps the next one", "programmes that overlap the next one"}},
-               text);
-  AppendCounts(
-      "  dropped:  ",
-      {{tally.channels_without_id, "channel without an id", "channels without an id"},
-       {tally.without_channel, "programme without a channel", "programmes without a channel"},
-       {tally.without_start, "programme without a readable start",
-        "programmes without a readable start"},
-       {tally.same_start, "programme with the start of a richer one",
-        "programmes with the start of a richer one"},
-       {tally.in_earlier_input, "programme where an earlier input has something on",
-        "programmes where an earlier input has something on"},
-       {tally.outside_time, "programme outside --from and --days",
-        "programmes outside --from and --days"},
-       {tally.other_stations, "programme of other stations", "programmes of other stations"},
-       {references.unknown, "reference to an unknown entity", "references to unknown entities"},
-       {written.unencodable.lost, "character that the encoding lacks, written as ?",
-        "characters that the encoding lacks, written as ?"}},
-      text);
+std::string Summary(const std::string& output, const Written& written, const Tally& tally) {
+  std::string text = Shown(output) + ": " + Counted(written.stations, "station", "stations") +
+                     ", " + Counted(written.programmes, "programme", "programmes") + ", " +
+                     Counted(written.items, "item", "items") + "\n" +
+                     Lines("  repaired: ", kRepaired, tally) + Lines("  kept:     ", kKept, tally) +
+                     Lines("  dropped:  ", kDropped, tally);
   text.pop_back();
   return text;
 }
@@ -115,8 +119,12 @@ class Converter {
       if (!Read(input)) return 1;
     }
     guide_.Finish();
-    for (const std::string& name : guide_.MissingStations())
-      Tell("no station has the id or name \"" + Shown(name) + "\"");
+    for (std::size_t i = 0; i < tally_.size(); ++i) tally_[i] += guide_.Tally()[i];
+    for (const auto& [name, near] : guide_.MissingStations()) {
+      Tell("no station has the id or name \"" + Shown(name) + "\"" +
+           (near.empty() ? "" : "; did you mean \"" + Shown(near) + "\"?"));
+    }
+    if (options_.list) return List();
     bool has_items = false;
     for (const Guide::Station& station : guide_.Stations())
       has_items = has_items || !station.items.empty();
@@ -127,58 +135,94 @@ class Converter {
     file.Commit();
     if (!options_.output.ends_with(".xml"))
       Tell("scripts name listings without their \".xml\", so the file has to be called so");
-    if (!options_.quiet) Tell(Summary(options_, guide_.Tally(), references_, written));
+    tally_[kTransliterated] = written.unencodable.transliterated;
+    tally_[kLostCharacters] = written.unencodable.lost;
+    tally_[kSlashes] = written.slashes;
+    if (!options_.quiet) Tell(Summary(options_.output, written, tally_));
     return 0;
   }
 
  private:
-  // False: the input is invalid, which has been reported, and nothing is to be written.
+  // False: an input is invalid, which has been reported, and nothing is to be written.
   bool Read(const std::string& input) {
-    std::string fault;
     // A missing input is not an invalid guide.
     ByteSource source(input, options_.max_size, [&](std::uint64_t read, std::uint64_t whole) {
       progress_.Show(ShownInput(input), read, whole);
     });
+    std::string fault;
     try {
-      const ReadingOutcome outcome = ReadGuide(source, options_.reading, guide_);
-      references_.of_html += outcome.html_references;
-      references_.unknown += outcome.unknown_references;
-      if (!outcome.fault.reason.empty()) {
-        fault = source.Name() + ":" + std::to_string(outcome.fault.line) + ":" +
-                std::to_string(outcome.fault.column) + ": " + outcome.fault.reason;
-      }
+      while (fault.empty() && source.Next()) fault = ReadDocument(source);
     } catch (const Failure& failure) {
       if (!options_.keep_going) throw;
       fault = failure.what();
     }
     progress_.Clear();
-    if (fault.empty()) return true;
-    Tell(fault);
-    if (!options_.keep_going)
-      Tell("nothing is written; --keep-going would use what stands before this");
-    return options_.keep_going;
+    if (!fault.empty()) Tell(fault);
+    if (!fault.empty() && !options_.keep_going)
+      Tell("nothing is written; --keep-going would mend it, or use what stands before this");
+    return fault.empty() || options_.keep_going;
+  }
+
+  // Why it cannot be read to its end; empty when it can.
+  std::string ReadDocument(ByteSource& source) {
+    constexpr std::uint64_t kMostTold = 20;
+    std::uint64_t mended = 0;
+    const auto tell_mended = [&](const Fault& fault) {
+      progress_.Clear();
+      if (++mended <= kMostTold) Tell(fault.At(source.Name()));
+    };
+    ReadingOutcome outcome;
+    try {
+      outcome = ReadGuide(source, options_.reading, guide_,
+                          options_.keep_going ? FaultSink(tell_mended) : nullptr);
+    } catch (const Failure& failure) {
+      // Another file of the archive may be a guide.
+      if (!options_.keep_going || source.HasFailed()) throw;
+      Tell(failure.what());
+    }
+    if (mended > kMostTold)
+      Tell(source.Name() + ": and " + std::to_string(mended - kMostTold) + " places more");
+    tally_[kMendedPlaces] += mended;
+    tally_[kHtmlReferences] += outcome.html_references;
+    tally_[kUnknownReferences] += outcome.unknown_references;
+    return outcome.fault.reason.empty() ? "" : outcome.fault.At(source.Name());
+  }
+
+  // A line for each station: number of programmes, range, id, names.
+  int List() const {
+    std::string text;
+    for (const Guide::Station& station : guide_.Stations()) {
+      std::int32_t end = Guide::kNoEnd;
+      for (const Guide::Item& item : station.items) end = std::max(end, item.end);
+      const auto time = [&](std::int32_t minutes) {
+        return station.items.empty() ? std::string(16, ' ')
+                                     : TextOfTime(minutes, options_.guide.zone);
+      };
+      const std::int32_t start = station.items.empty() ? 0 : station.items.front().start;
+      const std::string number = std::to_string(station.items.size());
+      text += std::string(7 - std::min<std::size_t>(number.size(), 6), ' ') + number + "  " +
+              time(start) + (station.items.empty() ? "    " : " to ") + time(end) + "  " +
+              Shown(station.id);
+      for (const std::string& name : station.names) text += "  " + Shown(name);
+      text += "\n";
+    }
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
+    return guide_.Stations().empty() ? 1 : 0;
   }
 
   std::string WhyEmpty() const {
-    const GuideTally& tally = guide_.Tally();
-    std::string counts;
-    AppendCounts(
-        ": ",
-        {{tally.without_channel, "has no channel", "have no channel"},
-         {tally.without_start, "has no readable start", "have no readable start"},
-         {tally.outside_time, "is outside --from and --days", "are outside --from and --days"},
-         {tally.other_stations, "is of other stations", "are of other stations"}},
-        counts);
-    if (counts.empty()) return "there is no programme in what was read";
-    counts.pop_back();
-    return "no programme is left" + counts;
+    std::string text = Lines(": ", kWhyEmpty, tally_);
+    if (text.empty()) return "there is no programme in what was read";
+    text.pop_back();
+    return "no programme is left" + text;
   }
 
   const Options& options_;
   Progress progress_;
   TargetText text_;
   Guide guide_;
-  References references_;
+  Tally tally_ = {};
 };
 
 }  // namespace

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/epgcache/guide.h"
-#include "tools/epgcache/guide_reader.h"
-#include "tools/epgcache/target_text.h"
+#include "tools/epgcache/merge/guide.h"
+#include "tools/epgcache/read/guide_reader.h"
+#include "tools/epgcache/write/target_text.h"
 
 namespace epgcache {
 
@@ -16,9 +16,11 @@ struct Options {
   std::vector<std::string> inputs;
   std::string output;
   bool check = false;
+  bool list = false;
+  bool elements = false;
   bool keep_going = false;
   bool quiet = false;
-  std::uint64_t max_size = 0;  // bytes
+  std::uint64_t max_size = std::uint64_t{4} << 30;  // bytes
   Encoding encoding = Encoding::kUtf8;
   ReadingOptions reading;
   GuideOptions guide;

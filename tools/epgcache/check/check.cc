@@ -1,9 +1,12 @@
-#include "tools/epgcache/check.h"
+#include "tools/epgcache/check/check.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,12 +18,13 @@
 #include "import/import_driver.h"
 #include "import/listings_import.h"
 #include "text/counted_text.h"
-#include "text/letters.h"
-#include "tools/epgcache/byte_source.h"
+#include "text/entities.h"
+#include "tools/epgcache/check/difference.h"
+#include "tools/epgcache/check/nameless_file.h"
+#include "tools/epgcache/check/reader_walk.h"
 #include "tools/epgcache/failure.h"
-#include "tools/epgcache/losses.h"
-#include "tools/epgcache/markup.h"
-#include "tools/epgcache/reader_walk.h"
+#include "tools/epgcache/read/byte_source.h"
+#include "tools/epgcache/read/markup.h"
 #include "tools/epgcache/text.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
@@ -37,23 +41,39 @@ std::string Quoted(std::string_view text) {
 }
 
 struct File {
-  std::string name;
+  std::string name;  // as it is shown
+  std::string path;  // by which it can be opened
   std::string bytes;
   bool is_packed = false;
 };
 
-File ReadWhole(const Options& options) {
-  File file;
-  file.name = options.inputs.front();
+// `copy` gets what comes from standard input.
+File ReadWhole(const Options& options, const NamelessFile& copy) {
+  const std::string& input = options.inputs.front();
+  File file = {ShownInput(input), input, {}};
   struct stat about = {};
-  if (stat(file.name.c_str(), &about) == 0 && !S_ISREG(about.st_mode))
-    throw Failure(Shown(file.name) + ": is not a regular file, which the plug-in asks for");
-  ByteSource source(file.name, options.max_size);
-  file.is_packed = source.IsPacked();
-  if (file.is_packed) return file;
+  if (input != "-" && stat(input.c_str(), &about) == 0 && !S_ISREG(about.st_mode))
+    throw Failure(file.name + ": is not a regular file, which the plug-in asks for");
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(
+      input == "-" ? stdin : std::fopen(input.c_str(), "rb"), std::fclose);
+  if (stream == nullptr) throw Failure(file.name + ": cannot be opened: " + std::strerror(errno));
   std::string block(std::size_t{64} << 10, '\0');
-  for (std::size_t count = 0; (count = source.Read(block.data(), block.size())) != 0;)
+  for (std::size_t count = 0;
+       (count = std::fread(block.data(), 1, block.size(), stream.get())) != 0;) {
     file.bytes.append(block, 0, count);
+    if (file.bytes.size() > options.max_size)
+      throw Failure(file.name + ": is larger than --max-size allows for");
+  }
+  if (std::ferror(stream.get()) != 0)
+    throw Failure(file.name + ": cannot be read: " + std::strerror(errno));
+  if (input == "-") {
+    copy.Write(file.bytes);
+    file.path = copy.Path();
+  }
+  if (IsBlank(file.bytes)) return file;
+  ByteSource source(file.path, options.max_size);
+  source.Next();
+  file.is_packed = source.IsPacked();
   return file;
 }
 
@@ -66,11 +86,13 @@ struct Verdict {
 // The log has it escaped.
 std::string Unescaped(std::string_view text) {
   std::string plain;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::string_view name = text[at] == '&' ? ReferenceAt(text.substr(at)) : "";
-    const char character = CharacterOf(name);
-    plain += character != '\0' ? character : text[at];
-    if (character != '\0') at += name.size() + 1;
+  while (!text.empty()) {
+    const Entity* const entity =
+        std::find_if(std::begin(kEntities), std::end(kEntities),
+                     [text](const Entity& one) { return text.starts_with(one.reference); });
+    const bool is_escaped = entity != std::end(kEntities);
+    plain += is_escaped ? entity->character : text.front();
+    text.remove_prefix(is_escaped ? entity->reference.size() : 1);
   }
   return plain;
 }
@@ -112,7 +134,7 @@ void FindHiddenMark(std::string_view bytes, const Markup& root, bool is_seen,
   if (generator == nullptr) {
     stops.push_back({root.begin, std::string("<tv> has no ") + kGenerator +
                                      "=\"XMLTV\", by which the plug-in knows XMLTV"});
-  } else if (!SameLetters(generator->value, "XMLTV")) {
+  } else if (!EqualIgnoringCase(generator->value, "XMLTV")) {
     stops.push_back({root.begin, std::string(kGenerator) + " of <tv> is " +
                                      Quoted(generator->value) +
                                      ", and the plug-in knows XMLTV by \"XMLTV\""});
@@ -123,16 +145,13 @@ void FindHiddenMark(std::string_view bytes, const Markup& root, bool is_seen,
 }
 
 std::optional<Stop> NoChannel(std::string_view bytes, const Markup& root) {
-  Stop stop = {root.begin, "no <channel> says what stations there are"};
+  std::size_t place = root.begin;
   Markup markup = {};
-  int depth = 0;
-  for (std::size_t at = root.begin; FindMarkup(bytes, at, markup); at = markup.end) {
-    if (depth == 1 && markup.IsElement() && markup.name == "channel") return std::nullopt;
-    if (depth == 1 && markup.IsElement() && stop.at == root.begin) stop.at = markup.begin;
-    if (markup.kind == MarkupKind::kStart) ++depth;
-    if (markup.kind == MarkupKind::kEnd) --depth;
+  for (std::size_t at = root.end; FindMarkup(bytes, at, markup); at = markup.end) {
+    if (markup.IsElement() && markup.name == "channel") return std::nullopt;
+    if (markup.IsElement() && place == root.begin) place = markup.begin;
   }
-  return stop;
+  return Stop{place, "no <channel> says what stations there are"};
 }
 
 // The plug-in's own reason, at the element that it names, if it names one.
@@ -150,7 +169,7 @@ Stop SaidByPlugin(std::string_view bytes, const Markup& root, const std::string&
 // In the order of the file, and one at least.
 std::vector<Stop> FindStops(const File& file, const std::string& reason) {
   const std::string_view bytes = file.bytes;
-  if (file.is_packed) return {{0, "it is compressed"}};
+  if (file.is_packed) return {{0, "it is packed"}};
   if (bytes.find_first_not_of(kBlanks) == std::string_view::npos) return {{0, "it is empty"}};
   const std::string_view beginning = bytes.substr(0, 2);
   if (beginning == "\xff\xfe" || beginning == "\xfe\xff" ||
@@ -160,12 +179,12 @@ std::vector<Stop> FindStops(const File& file, const std::string& reason) {
   if (!FindRoot(bytes, root)) return {{0, "it holds no element"}};
 
   std::vector<Stop> stops;
-  const Format format = FormatOf(file.name);
+  const Format format = FormatOf(file.path);
   const bool may_be_xmltv = format == Format::kXmltv || root.name == "tv";
   if (format == Format::kOther && !may_be_xmltv && root.name != "Programmes") {
     stops.push_back({root.begin, ShownTag(root.name) + " begins none of the formats"});
   } else if (format != Format::kTitanTV) {
-    std::optional<Stop> stop = WalkAsImporters(file.name, bytes);
+    std::optional<Stop> stop = WalkAsImporters(file.path, bytes);
     if (may_be_xmltv) FindHiddenMark(bytes, root, format == Format::kXmltv, stops);
     if (stop) stops.push_back(std::move(*stop));
     if (may_be_xmltv) {
@@ -183,7 +202,7 @@ std::string PlaceOf(const File& file, std::size_t at) {
   const std::string_view before = std::string_view(file.bytes).substr(0, at);
   const auto line = 1 + std::count(before.begin(), before.end(), '\n');
   const std::size_t line_begin = before.rfind('\n') + 1;  // 0 in the first one
-  return Shown(file.name) + ":" + std::to_string(line) + ":" +
+  return file.name + ":" + std::to_string(line) + ":" +
          std::to_string(before.size() - line_begin + 1) + ": ";
 }
 
@@ -192,7 +211,7 @@ std::string Answer(const File& file, const Verdict& verdict) {
     bool has_items = false;
     for (std::int32_t station = 0; station < verdict.store->GetStationCount(); ++station)
       has_items = has_items || verdict.store->GetStation(station)->GetProgramCount() > 0;
-    return Shown(file.name) + ": the plug-in takes it" +
+    return file.name + ": the plug-in takes it" +
            (has_items ? ": " : ", and no programme arrives: ") +
            std::string(ViewOf(verdict.store->GetStatistics())) + "\n";
   }
@@ -205,31 +224,27 @@ std::string Answer(const File& file, const Verdict& verdict) {
   return text;
 }
 
-std::string LossesOf(const File& file, bool is_taken, const Options& options) {
+std::string DifferencesOf(const File& file, const CProviderData& store, const Options& options) {
   Markup root = {};
-  if (!FindRoot(file.bytes, root) || root.name != "tv") {
-    return is_taken ? "What it loses is known of XMLTV guides alone.\n" : "";
-  }
-  const Losses losses = FindLosses(file.name, file.bytes, options);
-  std::string text = losses.fault;
-  if (losses.counts.empty()) return text + (is_taken && text.empty() ? "Nothing is lost.\n" : "");
-  text += is_taken ? "It loses or alters:\n" : "If loaded anyway, it would lose or alter:\n";
-  for (const Loss& loss : losses.counts) {
-    char count[32] = "";
-    std::snprintf(count, sizeof count, "%9llu  ", static_cast<unsigned long long>(loss.count));
-    text += count + loss.what + "\n";
-  }
-  return text;
+  if (!FindRoot(file.bytes, root) || root.name != "tv")
+    return "What it loses is known of XMLTV guides alone.\n";
+  const Differences found = FindDifferences(store, file.name, file.path, options);
+  if (found.lines.empty()) return found.fault + "Nothing is lost.\n";
+  return found.fault + "It differs from what the guide says:\n" + found.lines;
 }
 
 }  // namespace
 
 int CheckFile(const Options& options) {
-  const File file = ReadWhole(options);
-  const Verdict verdict = AskPlugin(file.name);
+  const NamelessFile copy;
+  const File file = ReadWhole(options, copy);
+  const Verdict verdict = AskPlugin(file.path);
   const bool is_taken = verdict.store != nullptr;
-  std::string text = Answer(file, verdict) + LossesOf(file, is_taken, options);
-  if (!file.name.ends_with(".xml"))
+  std::string text = Answer(file, verdict);
+  if (is_taken) text += DifferencesOf(file, *verdict.store, options);
+  if (!is_taken)
+    text += "epgcache " + options.inputs.front() + " -o LISTINGS.xml makes listings of it.\n";
+  if (file.path == file.name && !file.name.ends_with(".xml"))
     text += "Scripts name listings without their \".xml\", so the file has to be called so.\n";
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/epgcache/markup.h"
+#include "tools/epgcache/read/markup.h"
 
 namespace epgcache {
 

@@ -1,15 +1,14 @@
-#include "tools/epgcache/xmltv_time.h"
+#include "tools/epgcache/merge/times.h"
+
+#include <unicode/timezone.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <charconv>
-#include <cstdlib>
-#include <ctime>
-#include <filesystem>
-#include <fstream>
+#include <cstdio>
+#include <iterator>
 #include <limits>
-#include <string>
 
 #include "platform/services.h"
 #include "tools/epgcache/text.h"
@@ -18,7 +17,8 @@ namespace epgcache {
 
 namespace {
 
-constexpr std::int64_t kMinutesTo1970 = std::int64_t{134'774} * 1440;
+constexpr std::int64_t kSecondsTo1970 = std::int64_t{134'774} * 86'400;
+constexpr double kMillisecondsPerSecond = 1000;
 
 bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
@@ -30,7 +30,7 @@ int NumberOf(std::string_view digits) {
 
 struct NamedZone {
   std::string_view name;
-  std::int32_t east;
+  std::int32_t east;  // minutes
 };
 
 // The names that are written in listings. One that means several zones has its most common one.
@@ -47,9 +47,7 @@ constexpr NamedZone kNamedZones[] = {
 
 std::optional<std::int32_t> EastOfName(std::string_view name) {
   for (const NamedZone& zone : kNamedZones) {
-    if (std::equal(zone.name.begin(), zone.name.end(), name.begin(), name.end(),
-                   [](char a, char b) { return a == std::toupper(static_cast<unsigned char>(b)); }))
-      return zone.east;
+    if (EqualIgnoringCase(zone.name, name)) return zone.east;
   }
   return std::nullopt;
 }
@@ -75,7 +73,7 @@ std::optional<std::int32_t> EastOfOffset(std::string_view text) {
   return west ? -east : east;
 }
 
-// A moment of a clock, in minutes since 1601 as that clock has them.
+// A moment of a clock.
 std::optional<std::int64_t> ReadClock(std::string_view digits) {
   int fields[] = {0, 1, 1, 0, 0, 0};
   fields[0] = NumberOf(digits.substr(0, 4));
@@ -90,28 +88,19 @@ std::optional<std::int64_t> ReadClock(std::string_view digits) {
   if (!platform::SystemTimeToFileTime({year, month, 0, day, end_of_day ? 0 : hour, minute, 0, 0},
                                       time))
     return std::nullopt;
-  return time / platform::kTicksPerMinute + (end_of_day ? 1440 : 0);
+  return time / platform::kTicksPerSecond + second + (end_of_day ? 86'400 : 0);
 }
 
-// The offset that the process's zone has at a time.
-std::int64_t EastByRules(std::int64_t utc_minutes) {
-  const std::time_t time = (utc_minutes - kMinutesTo1970) * 60;
-  std::tm clock = {};
-  if (localtime_r(&time, &clock) == nullptr) return 0;
-  return clock.tm_gmtoff / 60;
-}
-
-bool HasRules(std::string_view name) {
-  const bool is_name = std::all_of(name.begin(), name.end(), [](unsigned char byte) {
-    return std::isalnum(byte) != 0 || byte == '/' || byte == '_' || byte == '-' || byte == '+';
-  });
-  if (!is_name || name.empty() || std::isalpha(static_cast<unsigned char>(name.front())) == 0)
-    return false;
-  const char* const folder = std::getenv("TZDIR");
-  std::ifstream rules(std::filesystem::path(folder != nullptr ? folder : "/usr/share/zoneinfo") /
-                      name);
-  char mark[4] = "";
-  return rules.read(mark, sizeof mark) && std::string_view(mark, sizeof mark) == "TZif";
+// Null for a name that nobody knows.
+std::shared_ptr<const icu::BasicTimeZone> RulesOf(std::string_view name) {
+  std::unique_ptr<icu::TimeZone> zone(
+      name == "local" ? icu::TimeZone::detectHostTimeZone()
+                      : icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(icu::StringPiece(
+                            name.data(), static_cast<std::int32_t>(name.size())))));
+  auto* const rules = dynamic_cast<icu::BasicTimeZone*>(zone.get());
+  if (rules == nullptr || *zone == icu::TimeZone::getUnknown()) return nullptr;
+  zone.release();
+  return std::shared_ptr<const icu::BasicTimeZone>(rules);
 }
 
 // Takes the separators of ISO 8601 out of "2026-11-23T20:15:00.0Z" and "20261123T2015".
@@ -133,12 +122,13 @@ std::string WithoutSeparators(std::string_view text) {
   return plain;
 }
 
-std::optional<std::int32_t> Fitting(std::int64_t minutes) {
-  if (minutes < 0 || minutes > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
-  return static_cast<std::int32_t>(minutes);
+// In whole minutes, which have 32 bits.
+std::optional<std::int32_t> Minutes(std::int64_t seconds) {
+  if (seconds < 0 || seconds / 60 > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
+  return static_cast<std::int32_t>(seconds / 60);
 }
 
-std::int64_t NowUtc() { return platform::GetSystemTimeAsFileTime() / platform::kTicksPerMinute; }
+std::int64_t NowUtc() { return platform::GetSystemTimeAsFileTime() / platform::kTicksPerSecond; }
 
 }  // namespace
 
@@ -153,44 +143,47 @@ std::optional<Zone> Zone::Fixed(std::string_view text) {
     if (!named) return std::nullopt;
     east = *named;
   }
-  if (letters == text.size()) {
-    if (letters == 0) return std::nullopt;
-    return Zone(east);
+  if (letters != text.size()) {
+    const auto offset = EastOfOffset(text.substr(letters));
+    if (!offset || east != 0) return std::nullopt;  // what would "CET+1" be?
+    east = *offset;
   }
-  if (east != 0) return std::nullopt;  // what would "CET+1" be?
-  const auto offset = EastOfOffset(text.substr(letters));
-  if (!offset) return std::nullopt;
-  return Zone(*offset);
-}
-
-std::optional<Zone> Zone::Of(std::string_view text) {
-  if (text == "UTC") return Zone();
-  if (text != "local") {
-    if (!HasRules(text)) return Fixed(text);
-    setenv("TZ", std::string(text).c_str(), 1);
-  } else if (std::getenv("TZ") == nullptr) {
-    // Otherwise the library checks for a changed file at every call.
-    setenv("TZ", ":/etc/localtime", 1);
-  }
-  tzset();
+  if (text.empty()) return std::nullopt;
   Zone zone;
-  zone.has_rules_ = true;
+  zone.east_ = std::int64_t{east} * 60;
   return zone;
 }
 
-std::int64_t Zone::ToUtc(std::int64_t minutes) const {
-  if (!has_rules_) return minutes - east_;
-  const std::int64_t number = minutes / 1440;
-  if (day_.number != number)
-    day_ = {number, EastByRules((number - 1) * 1440), EastByRules((number + 2) * 1440)};
-  const std::int64_t first = minutes - day_.east_before;
-  const std::int64_t second = minutes - day_.east_after;
-  if (first == second || EastByRules(first) == day_.east_before) return first;
-  return EastByRules(second) == day_.east_after ? second : first;
+std::optional<Zone> Zone::Of(std::string_view text) {
+  // Other short names mean one thing in listings and another to those who keep the rules.
+  constexpr std::string_view kWithRules[] = {"CET", "EET", "MET", "WET"};
+  const bool has_rules =
+      std::find(std::begin(kWithRules), std::end(kWithRules), text) != std::end(kWithRules);
+  if (const auto fixed = Fixed(text); fixed && !has_rules) return fixed;
+  Zone zone;
+  zone.rules_ = RulesOf(text);
+  if (zone.rules_ == nullptr) return std::nullopt;
+  return zone;
 }
 
-std::int64_t Zone::ToClock(std::int64_t minutes) const {
-  return minutes + (has_rules_ ? EastByRules(minutes) : east_);
+std::int64_t Zone::ToUtc(std::int64_t clock) const {
+  if (rules_ == nullptr) return clock - east_;
+  std::int32_t raw = 0;
+  std::int32_t saving = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  rules_->getOffsetFromLocal(static_cast<double>(clock - kSecondsTo1970) * kMillisecondsPerSecond,
+                             UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_FORMER, raw, saving, error);
+  return clock - (raw + saving) / 1000;
+}
+
+std::int64_t Zone::ToClock(std::int64_t time) const {
+  if (rules_ == nullptr) return time + east_;
+  std::int32_t raw = 0;
+  std::int32_t saving = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  rules_->getOffset(static_cast<double>(time - kSecondsTo1970) * kMillisecondsPerSecond, 0, raw,
+                    saving, error);
+  return time + (raw + saving) / 1000;
 }
 
 std::optional<XmltvTime> ParseXmltvTime(std::string_view text, const Zone& zone) {
@@ -202,25 +195,36 @@ std::optional<XmltvTime> ParseXmltvTime(std::string_view text, const Zone& zone)
   const std::string_view suffix = Trimmed(std::string_view(plain).substr(count));
   const auto own = Zone::Fixed(suffix);
   // An unknown zone at least consists of letters.
-  const bool is_unknown = !own && !suffix.empty();
-  if (is_unknown && std::isalpha(static_cast<unsigned char>(suffix.front())) == 0)
+  if (!own && !suffix.empty() && std::isalpha(static_cast<unsigned char>(suffix.front())) == 0)
     return std::nullopt;
-  const auto minutes = Fitting(own ? own->ToUtc(*clock) : zone.ToUtc(*clock));
-  if (!minutes) return std::nullopt;
-  return XmltvTime{*minutes, is_unknown};
+  const std::int64_t seconds = own ? own->ToUtc(*clock) : zone.ToUtc(*clock);
+  if (!Minutes(seconds)) return std::nullopt;
+  return XmltvTime{seconds, own              ? OwnZone::kGiven
+                            : suffix.empty() ? OwnZone::kMissing
+                                             : OwnZone::kUnknown};
 }
 
 std::optional<std::int32_t> ParseTimeOfOption(std::string_view text, const Zone& zone) {
-  if (text == "now") return Fitting(NowUtc());
+  if (text == "now") return Minutes(NowUtc());
   if (text == "today") {
     const std::int64_t clock = zone.ToClock(NowUtc());
-    return Fitting(zone.ToUtc(clock - clock % 1440));
+    return Minutes(zone.ToUtc(clock - clock % 86'400));
   }
   // Not a year and a zone.
   if (text.size() == 7 && text[4] == '-') return std::nullopt;
   const auto time = ParseXmltvTime(text, zone);
-  if (!time || time->zone_unknown) return std::nullopt;
-  return time->minutes;
+  if (!time || time->zone == OwnZone::kUnknown) return std::nullopt;
+  return Minutes(time->seconds);
+}
+
+std::string TextOfTime(std::int32_t minutes, const Zone& zone) {
+  const std::int64_t clock = zone.ToClock(std::int64_t{minutes} * 60);
+  platform::SystemTime time = {};
+  if (!platform::FileTimeToSystemTime(clock * platform::kTicksPerSecond, time)) return "?";
+  char text[32] = "";
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d", time.year, time.month, time.day,
+                time.hour, time.minute);
+  return text;
 }
 
 }  // namespace epgcache

@@ -8,8 +8,9 @@
 
 namespace epgcache {
 
-// The fields of a cache file's programmes and items, by their numbers there.
-enum ProgField : std::size_t {
+// The fields of a cache file's programmes, by their numbers there, and behind them those of items.
+enum Field : std::size_t {
+  kNoField = 0,
   kTitle = 2,
   kEpisodeTitle = 3,
   kDescription = 4,
@@ -21,19 +22,17 @@ enum ProgField : std::size_t {
   kRatingBbfc = 11,
   kStarRating = 12,
   kBlackAndWhite = 13,
-  kProgFields = 14,
-};
-enum ItemField : std::size_t {
-  kHd = 4,
-  kStereo = 5,
-  kSubtitle = 6,  // closed captions
-  kRatingOther = 9,
-  kRepeat = 10,
-  kAspect = 11,
-  kSubtitles = 12,
-  kNew = 13,
-  kPremiere = 14,
-  kItemFields = 15,
+  kItemFields = 14,  // an item's field 0
+  kHd = kItemFields + 4,
+  kStereo = kItemFields + 5,
+  kSubtitle = kItemFields + 6,  // closed captions
+  kRatingOther = kItemFields + 9,
+  kRepeat = kItemFields + 10,
+  kAspect = kItemFields + 11,
+  kSubtitles = kItemFields + 12,
+  kNew = kItemFields + 13,
+  kPremiere = kItemFields + 14,
+  kFields = kItemFields + 15,
 };
 
 struct Channel {
@@ -47,8 +46,7 @@ struct Programme {
   std::string start;
   std::string stop;
   // An empty text is a field that the guide does not fill.
-  std::array<std::string, kProgFields> prog;
-  std::array<std::string, kItemFields> item;
+  std::array<std::string, kFields> fields;
 };
 
 // Takes what a guide holds, in its order.
@@ -63,11 +61,6 @@ class GuideConsumer {
   // A programme's attributes are known. False: its elements are not worth reading.
   virtual bool Begin(const Programme& programme) = 0;
   virtual void Add(const Programme& programme) = 0;
-  // An element begins within the programme, below `parent`.
-  virtual void Visit(const char* parent, const char* element) {
-    (void)parent;
-    (void)element;
-  }
 };
 
 }  // namespace epgcache

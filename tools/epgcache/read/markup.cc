@@ -1,7 +1,6 @@
-#include "tools/epgcache/markup.h"
+#include "tools/epgcache/read/markup.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "tools/epgcache/text.h"
 
@@ -12,13 +11,19 @@ namespace {
 // No reference is longer.
 constexpr std::size_t kLongestReference = 40;
 
-std::size_t Behind(std::string_view text, std::string_view end_mark, std::size_t at) {
+struct End {
+  std::size_t at;
+  bool is_whole;
+};
+
+End Behind(std::string_view text, std::string_view end_mark, std::size_t at) {
   const std::size_t found = text.find(end_mark, at);
-  return found == std::string_view::npos ? text.size() : found + end_mark.size();
+  if (found == std::string_view::npos) return {text.size(), false};
+  return {found + end_mark.size(), true};
 }
 
 // Behind a tag's '>' outside quotes. A '<' cannot occur in a tag, so the tag breaks off there.
-std::size_t BehindTag(std::string_view text, std::size_t at) {
+End BehindTag(std::string_view text, std::size_t at) {
   char quote = '\0';
   for (; at < text.size() && text[at] != '<'; ++at) {
     const char byte = text[at];
@@ -27,30 +32,30 @@ std::size_t BehindTag(std::string_view text, std::size_t at) {
     } else if (byte == '"' || byte == '\'') {
       quote = byte;
     } else if (byte == '>') {
-      return at + 1;
+      return {at + 1, true};
     }
   }
-  return at;
+  return {at, false};
 }
 
 // Behind a document type, with all that stands between its brackets.
-std::size_t BehindDeclaration(std::string_view text, std::size_t at) {
+End BehindDeclaration(std::string_view text, std::size_t at) {
   int depth = 0;
   while (at < text.size()) {
     const std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {
-      at = Behind(text, "-->", at + 4);
+      at = Behind(text, "-->", at + 4).at;
     } else if (rest.starts_with("<?")) {
-      at = Behind(text, "?>", at);
+      at = Behind(text, "?>", at).at;
     } else if (rest.front() == '"' || rest.front() == '\'') {
-      at = Behind(text, rest.substr(0, 1), at + 1);
+      at = Behind(text, rest.substr(0, 1), at + 1).at;
     } else {
       depth += rest.front() == '<' ? 1 : rest.front() == '>' ? -1 : 0;
       ++at;
-      if (depth == 0) break;
+      if (depth == 0) return {at, true};
     }
   }
-  return at;
+  return {at, false};
 }
 
 std::string_view NameAt(std::string_view text, std::size_t at) {
@@ -63,27 +68,27 @@ bool FindMarkup(std::string_view text, std::size_t at, Markup& markup) {
   const std::size_t begin = text.find('<', at);
   if (begin == std::string_view::npos) return false;
   const std::string_view rest = text.substr(begin);
-  markup = {MarkupKind::kOther, begin, 0, {}};
+  markup = {MarkupKind::kOther, begin, 0, false, {}};
+  End end = {};
   if (rest.starts_with("<!--")) {
     markup.kind = MarkupKind::kComment;
-    markup.end = Behind(text, "-->", begin + 4);
+    end = Behind(text, "-->", begin + 4);
   } else if (rest.starts_with("<![CDATA[")) {
     markup.kind = MarkupKind::kCData;
-    markup.end = Behind(text, "]]>", begin);
+    end = Behind(text, "]]>", begin);
   } else if (rest.starts_with("<?")) {
-    markup.end = Behind(text, "?>", begin);
+    end = Behind(text, "?>", begin);
   } else if (rest.starts_with("<!")) {
-    markup.end = BehindDeclaration(text, begin);
-  } else if (rest.starts_with("</")) {
-    markup.kind = MarkupKind::kEnd;
-    markup.name = NameAt(text, begin + 2);
-    markup.end = BehindTag(text, begin + 1);
+    end = BehindDeclaration(text, begin);
   } else {
-    markup.name = NameAt(text, begin + 1);
-    markup.end = BehindTag(text, begin + 1);
-    markup.kind = text.substr(begin, markup.end - begin).ends_with("/>") ? MarkupKind::kEmpty
-                                                                         : MarkupKind::kStart;
+    const bool is_end = rest.starts_with("</");
+    markup.name = NameAt(text, begin + (is_end ? 2 : 1));
+    end = BehindTag(text, begin + 1);
+    const bool is_empty = text.substr(begin, end.at - begin).ends_with("/>");
+    markup.kind = is_end ? MarkupKind::kEnd : is_empty ? MarkupKind::kEmpty : MarkupKind::kStart;
   }
+  markup.end = end.at;
+  markup.is_whole = end.is_whole;
   return true;
 }
 
@@ -136,15 +141,6 @@ std::string_view ReferenceAt(std::string_view text) {
   const std::size_t end = name.find_first_of("; \t\r\n&<>\"'");
   if (end == std::string_view::npos || name[end] != ';') return {};
   return name.substr(0, end);
-}
-
-char CharacterOf(std::string_view name) {
-  constexpr std::pair<std::string_view, char> kCharacters[] = {
-      {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-  for (const auto& [known, character] : kCharacters) {
-    if (SameLetters(name, known)) return character;
-  }
-  return '\0';
 }
 
 std::size_t FindBareAmpersand(std::string_view text) {

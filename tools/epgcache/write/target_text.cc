@@ -1,4 +1,4 @@
-#include "tools/epgcache/target_text.h"
+#include "tools/epgcache/write/target_text.h"
 
 #include <unicode/normalizer2.h>
 #include <unicode/translit.h>
@@ -10,45 +10,29 @@
 #include <optional>
 #include <unordered_map>
 
-#include "platform/services.h"
+#include "text/windows_1252.h"
 #include "tools/epgcache/failure.h"
 
 namespace epgcache {
 
 namespace {
 
-// The byte of Windows-1252, the code page that the plug-in has, too.
 std::optional<char> ByteOf(char32_t character) {
   if (character > 0xffff) return std::nullopt;
-  bool unencodable = false;
-  const char byte =
-      platform::WideCharToMultiByte(static_cast<char16_t>(character), '?', unencodable);
-  return unencodable ? std::nullopt : std::optional(byte);
-}
-
-const char* ReferenceTo(char byte) {
-  switch (byte) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    default:
-      return nullptr;
-  }
+  return ToWindows1252(static_cast<char16_t>(character));
 }
 
 void AppendEscaped(std::string& target, std::string_view text) {
-  std::size_t begin = 0;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char* const reference = ReferenceTo(text[at]);
-    if (reference == nullptr) continue;
-    target.append(text, begin, at - begin);
-    target += reference;
-    begin = at + 1;
+  for (;;) {
+    const auto plain = static_cast<std::size_t>(
+        std::find_if(text.begin(), text.end(),
+                     [](char byte) { return byte == '&' || byte == '<' || byte == '>'; }) -
+        text.begin());
+    target += text.substr(0, plain);
+    if (plain == text.size()) return;
+    target += text[plain] == '&' ? "&amp;" : text[plain] == '<' ? "&lt;" : "&gt;";
+    text.remove_prefix(plain + 1);
   }
-  target.append(text, begin);
 }
 
 }  // namespace
@@ -136,16 +120,28 @@ const char* TargetText::EncodingName() const {
   return converter_ == nullptr ? "UTF-8" : "windows-1252";
 }
 
-void TargetText::Append(std::string& target, std::string_view utf8, Unencodable& unencodable) {
+std::string_view TargetText::Converted(std::string_view utf8, Unencodable& unencodable) {
   const bool ascii = std::all_of(utf8.begin(), utf8.end(),
                                  [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-  if (converter_ == nullptr || ascii) {
-    AppendEscaped(target, utf8);
-    return;
-  }
+  if (converter_ == nullptr || ascii) return utf8;
   converted_.clear();
   converter_->Convert(utf8, converted_, unencodable);
-  AppendEscaped(target, converted_);
+  return converted_;
+}
+
+void TargetText::Append(std::string& target, std::string_view utf8, Unencodable& unencodable) {
+  AppendEscaped(target, Converted(utf8, unencodable));
+}
+
+std::uint64_t TargetText::AppendName(std::string& target, std::string_view utf8,
+                                     Unencodable& unencodable) {
+  std::string name(Converted(utf8, unencodable));
+  std::uint64_t slashes = 0;
+  const std::string_view instead = converter_ == nullptr ? "\u2215" : "-";
+  for (std::size_t at = 0; (at = name.find('/', at)) != std::string::npos; ++slashes)
+    name.replace(at, 1, instead);
+  AppendEscaped(target, name);
+  return slashes;
 }
 
 }  // namespace epgcache

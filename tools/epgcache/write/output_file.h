@@ -39,8 +39,7 @@ class OutputFile {
 // a reader of messages that is gone, are ignored: writing fails then.
 void HandleSignals();
 
-// Where a library cannot go on without memory: removes the file in the making, says so, and ends
-// the program.
+// Without memory: removes the file in the making, says so, and ends the program.
 [[noreturn]] void EndWithoutMemory();
 
 }  // namespace epgcache

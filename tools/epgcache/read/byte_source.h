@@ -1,17 +1,20 @@
-// The bytes of an input, unpacked: a file or standard input, plain, gzip or xz by its first bytes.
+// The bytes of an input, unpacked: a file or standard input, plain or packed in any way that
+// libarchive recognises by its first bytes, also several times. An archive of files holds several
+// documents.
 //
 // Units: sizes and positions are bytes.
 // Ownership: a source owns its open file.
 // Threads: one at a time.
-// Errors: Failure, with the input's name and the reason.
+// Errors: Failure, with the document's name and the reason.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace epgcache {
 
@@ -20,7 +23,7 @@ std::string ShownInput(const std::string& name);
 
 class ByteSource {
  public:
-  // How far an input is: bytes read of it, packed as it is, and of how many (0: nobody knows).
+  // How far an input is: bytes read of it, packed as it is, and of how many (0: unknown).
   using Watcher = std::function<void(std::uint64_t read, std::uint64_t whole)>;
 
   // `name` "-" is standard input. An input that unpacks to more than `max_size` is not read to its
@@ -30,26 +33,32 @@ class ByteSource {
   ByteSource& operator=(const ByteSource&) = delete;
   ~ByteSource();
 
-  // The number of bytes written to `buffer`, at most `size`; 0 at the end.
+  // Goes to the first document, or the next one; false when there is none. An input without any is
+  // a Failure. Files of an archive that are named as no guide is are passed over.
+  bool Next();
+
+  // The number of bytes of the document written to `buffer`, at most `size`; 0 at its end.
   std::size_t Read(char* buffer, std::size_t size);
 
-  // As it is shown.
+  // The document's, as it is shown; "guides.zip/week.xml" in an archive.
   const std::string& Name() const { return name_; }
-  // What the input begins with, unpacked; some 64 bytes of what has been read.
+  // What the document begins with: some 64 bytes of what has been read.
   const std::string& Beginning() const { return beginning_; }
-  // How many bytes have come out.
+  // How many bytes of the document have come out.
   std::uint64_t Unpacked() const { return unpacked_; }
-  bool IsPacked() const { return unpacker_ != nullptr; }
+  bool IsPacked() const;
   // Reading has failed, which is no fault of what has been read.
   bool HasFailed() const { return failed_; }
 
-  // Undoes one kind of compression.
-  class Unpacker;
-
  private:
-  void Refill();
-  std::size_t Unpack(std::string_view in, char* buffer, std::size_t size);
+  struct Layer;
 
+  void AddLayer();
+  void Check(Layer& layer, long result);
+  std::size_t Pull(Layer& layer, char* buffer, std::size_t size);
+  std::size_t ReadFile(char* buffer, std::size_t size);
+
+  const std::string input_;
   std::string name_;
   std::string beginning_;
   Watcher watcher_;
@@ -57,16 +66,12 @@ class ByteSource {
   std::uint64_t whole_ = 0;
   std::uint64_t read_ = 0;
   std::uint64_t room_;  // how many more bytes may come out
-  std::uint64_t max_size_;
+  const std::uint64_t max_size_;
   std::uint64_t unpacked_ = 0;
-
-  std::unique_ptr<char[]> block_;
-  std::size_t next_ = 0;   // the first byte of the block that has not been used
-  std::size_t limit_ = 0;  // behind its last
-  bool ended_ = false;     // the file has nothing behind the block
   bool failed_ = false;
-  bool over_ = false;                   // there is nothing more to read
-  std::unique_ptr<Unpacker> unpacker_;  // null: the bytes are as they stand
+  bool met_any_ = false;                        // a document
+  std::exception_ptr thrown_;                   // below the library
+  std::vector<std::unique_ptr<Layer>> layers_;  // archives within archives, outermost first
 };
 
 }  // namespace epgcache

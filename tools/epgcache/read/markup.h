@@ -1,5 +1,5 @@
-// The pieces of an XML text as XML has them, without a look at what they mean: for comparing with
-// what the plug-in's reader makes of the same bytes.
+// The pieces of an XML text as XML has them, without a look at what they mean: for mending what is
+// not well-formed, and for comparing with what the plug-in's reader makes of the same bytes.
 //
 // Ownership: everything is a view of the text.
 #pragma once
@@ -15,7 +15,8 @@ enum class MarkupKind { kStart, kEmpty, kEnd, kComment, kCData, kOther };
 struct Markup {
   MarkupKind kind;
   std::size_t begin;      // of its '<'
-  std::size_t end;        // behind its '>', or where the tag breaks off
+  std::size_t end;        // behind its '>', or where it breaks off
+  bool is_whole;          // it does not break off
   std::string_view name;  // of an element
 
   bool IsElement() const { return kind == MarkupKind::kStart || kind == MarkupKind::kEmpty; }
@@ -49,10 +50,6 @@ TagParts PartsOf(std::string_view text, const Markup& tag);
 // What stands between the '&' at the beginning of a text and its ';'; empty when that '&' begins no
 // reference.
 std::string_view ReferenceAt(std::string_view text);
-
-// The character of one of XML's five names, in any letter case, as the plug-in's reader has them;
-// NUL for others.
-char CharacterOf(std::string_view name);
 
 // Where the first '&' stands that begins no reference; npos when there is none.
 std::size_t FindBareAmpersand(std::string_view text);

@@ -1,4 +1,4 @@
-#include "tools/epgcache/reader_walk.h"
+#include "tools/epgcache/check/reader_walk.h"
 
 #include <algorithm>
 #include <utility>

@@ -5,8 +5,8 @@
 #include <functional>
 #include <string_view>
 
-#include "tools/epgcache/guide.h"
-#include "tools/epgcache/target_text.h"
+#include "tools/epgcache/merge/guide.h"
+#include "tools/epgcache/write/target_text.h"
 
 namespace epgcache {
 
@@ -15,6 +15,7 @@ struct Written {
   std::uint64_t programmes = 0;  // that broadcasts share
   std::uint64_t items = 0;
   Unencodable unencodable;
+  std::uint64_t slashes = 0;  // replaced in names of stations
 };
 
 // `write` gets the file's bytes, piece by piece. What it throws comes through.

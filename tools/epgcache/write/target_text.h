@@ -29,11 +29,17 @@ class TargetText {
   // Appends UTF-8 text to `target`, and what the encoding lacks of it to `unencodable`.
   void Append(std::string& target, std::string_view utf8, Unencodable& unencodable);
 
+  // The same for a station's name. The plug-in's name of a station ends at a '/', so that becomes
+  // the character that looks most like it; gives how many there were.
+  std::uint64_t AppendName(std::string& target, std::string_view utf8, Unencodable& unencodable);
+
   // The encoding's name, as XML has it.
   const char* EncodingName() const;
 
  private:
   class Converter;
+
+  std::string_view Converted(std::string_view utf8, Unencodable& unencodable);
 
   const std::unique_ptr<Converter> converter_;  // null: the texts are in the target's encoding
   std::string converted_;

@@ -1,17 +1,17 @@
-#include "app/near_miss.h"
+// What a misspelt name may have meant.
+#pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "text/letters.h"
 
-namespace shell {
-
-namespace {
-
 // How many letters have to be put in, taken out or changed to make one of the other.
-std::size_t Distance(std::string_view a, std::string_view b) {
+inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);  // of the beginning of `a`, to each beginning of `b`
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (const char c : a) {
@@ -25,9 +25,9 @@ std::size_t Distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-}  // namespace
-
-std::string NearMiss(std::string_view name, const std::vector<std::string>& known) {
+// The known name that differs from `name` by the fewest letters, letter case aside; empty when each
+// differs by more than a third of it.
+inline std::string NearMiss(std::string_view name, const std::vector<std::string>& known) {
   constexpr std::size_t kLongest = 64;
   if (name.size() > kLongest) return {};
   const std::string wanted = Lowered(name);
@@ -35,7 +35,7 @@ std::string NearMiss(std::string_view name, const std::vector<std::string>& know
   std::size_t fewest = name.size() / 3 + 1;
   for (const std::string& one : known) {
     if (one.size() > kLongest) continue;
-    const std::size_t distance = Distance(wanted, Lowered(one));
+    const std::size_t distance = EditDistance(wanted, Lowered(one));
     if (distance < fewest) {
       fewest = distance;
       nearest = one;
@@ -43,5 +43,3 @@ std::string NearMiss(std::string_view name, const std::vector<std::string>& know
   }
   return nearest;
 }
-
-}  // namespace shell

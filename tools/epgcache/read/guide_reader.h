@@ -1,9 +1,6 @@
-// Reads XMLTV guides with a full XML parser.
+// Reads XMLTV guides: makes programmes and channels out of elements.
 //
-// Nothing that a guide names is fetched or opened: neither its document type nor external
-// entities. Its own entities are expanded within limits that prevent attacks.
-//
-// Threads: one at a time in a process, as the parser's hook for external entities is the process's.
+// Threads: one at a time in a process, as the parser below.
 // Errors: Failure.
 #pragma once
 
@@ -12,8 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/epgcache/byte_source.h"
-#include "tools/epgcache/programme.h"
+#include "tools/epgcache/read/byte_source.h"
+#include "tools/epgcache/read/fault.h"
+#include "tools/epgcache/read/programme.h"
 
 namespace epgcache {
 
@@ -27,24 +25,18 @@ struct ReadingOptions {
   bool guests = false;      // so do these
 };
 
-// Where and why a guide cannot be read on. Lines and columns count from 1.
-struct Fault {
-  int line = 0;
-  int column = 0;
-  std::string reason;  // empty: there is none
-};
-
 struct ReadingOutcome {
-  Fault fault;
+  Fault fault;  // where and why the guide cannot be read on
   // References to characters by names that only HTML knows: resolved, and those that nobody knows.
   std::uint64_t html_references = 0;
   std::uint64_t unknown_references = 0;
 };
 
-// Hands everything that stands before the end, or before the first fault, to `consumer`. Throws a
-// Failure when the source is no XMLTV guide at all.
-ReadingOutcome ReadGuide(ByteSource& source, const ReadingOptions& options,
-                         GuideConsumer& consumer);
+// Hands everything of the source's document that stands before its end, or before the first fault,
+// to `consumer`. Where `tell_mended` is set, faults are mended or passed over and told to it.
+// Throws a Failure when the document is no XMLTV guide at all.
+ReadingOutcome ReadGuide(ByteSource& source, const ReadingOptions& options, GuideConsumer& consumer,
+                         FaultSink tell_mended = {});
 
 // "S2 E5/12, part 1 of 2" from "1.4/12.0/2"; empty when the text gives no number.
 std::string ReadableEpisode(std::string_view xmltv_ns);

@@ -1,4 +1,4 @@
-#include "tools/epgcache/cache_writer.h"
+#include "tools/epgcache/write/cache_writer.h"
 
 #include <cstddef>
 #include <map>
@@ -60,8 +60,8 @@ class Writer {
     AppendKey(station.id);
     // The first name is the network, the second the call sign, as the plug-in has it of channels.
     // One without a name is called by its id.
-    AppendField("s2", station.names.empty() ? station.id : station.names[0]);
-    if (station.names.size() > 1) AppendField("s3", station.names[1]);
+    AppendName("s2", station.names.empty() ? station.id : station.names[0]);
+    if (station.names.size() > 1) AppendName("s3", station.names[1]);
     line_ += "</StationData>\n<Schedule>\n";
     write_(line_);
     for (const Guide::Item& item : station.items) WriteItem(item);
@@ -99,6 +99,12 @@ class Writer {
   void AppendField(std::string_view tag, std::string_view utf8) {
     line_.append("<").append(tag).append(">");
     text_.Append(line_, utf8, written_.unencodable);
+    line_.append("</").append(tag).append(">");
+  }
+
+  void AppendName(std::string_view tag, std::string_view utf8) {
+    line_.append("<").append(tag).append(">");
+    written_.slashes += text_.AppendName(line_, utf8, written_.unencodable);
     line_.append("</").append(tag).append(">");
   }
 

@@ -1,4 +1,4 @@
-#include "tools/epgcache/output_file.h"
+#include "tools/epgcache/write/output_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -4,57 +4,35 @@
 // Threads: one at a time.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "tools/epgcache/programme.h"
-#include "tools/epgcache/target_text.h"
-#include "tools/epgcache/text_store.h"
-#include "tools/epgcache/xmltv_time.h"
+#include "tools/epgcache/merge/times.h"
+#include "tools/epgcache/read/programme.h"
+#include "tools/epgcache/tally.h"
+#include "tools/epgcache/write/target_text.h"
+#include "tools/epgcache/write/text_store.h"
 
 namespace epgcache {
 
 struct GuideOptions {
   Zone zone;                        // of times that name none
+  bool zone_is_chosen = false;      // otherwise it is a guess
   std::int32_t default_length = 0;  // minutes, of a programme that nothing ends
   bool cut_overlaps = false;
   // What is kept: programmes that are on at some time in here.
   std::int64_t from = 0;
   std::int64_t to = std::numeric_limits<std::int64_t>::max();
-  // And on these stations, by id or name; in this order. Empty: all, in the order of the guides.
+  // And on these stations, by patterns of ids or names; in this order. Empty: all, in the order of
+  // the guides.
   std::vector<std::string> stations;
-};
-
-// What may be mended in a programme; as an index of counts, or a bit of an item.
-enum Repair : std::size_t {
-  kUnreadableStop,
-  kStopNotAfterStart,
-  kEndedByNext,
-  kEndedByLength,
-  kUnknownZone,
-  kCutByEarlierInput,
-  kOverlap,  // cut or kept
-  kRepairs,
-};
-
-// What has been done to the guides, in numbers of programmes where nothing else is said.
-struct GuideTally {
-  std::uint64_t undeclared_stations = 0;
-  std::array<std::uint64_t, kRepairs> repaired = {};
-
-  std::uint64_t channels_without_id = 0;
-  std::uint64_t without_channel = 0;
-  std::uint64_t without_start = 0;
-  std::uint64_t same_start = 0;
-  std::uint64_t in_earlier_input = 0;
-  std::uint64_t outside_time = 0;
-  std::uint64_t other_stations = 0;
 };
 
 class Guide final : public GuideConsumer {
@@ -65,7 +43,7 @@ class Guide final : public GuideConsumer {
     std::int32_t end;         // kNoEnd until the guide is finished, when nothing says
     std::uint32_t programme;  // its text's number
     std::uint32_t details;    // that of the item's own fields
-    std::uint32_t richness;
+    std::uint32_t rank;       // of items with one start the highest stays
     std::uint16_t input;
     std::uint16_t repairs;  // a bit each
   };
@@ -106,9 +84,11 @@ class Guide final : public GuideConsumer {
   Unencodable UnencodableOfProgramme(std::uint32_t number) const;
   Unencodable UnencodableOfDetails(std::uint32_t number) const;
 
-  const GuideTally& Tally() const { return tally_; }
-  // The requested stations that were not found.
-  const std::vector<std::string>& MissingStations() const { return missing_; }
+  const epgcache::Tally& Tally() const { return tally_; }
+  // The requested stations that were not found, each with the nearest id or name, if any is near.
+  const std::vector<std::pair<std::string, std::string>>& MissingStations() const {
+    return missing_;
+  }
 
  private:
   // A text store, and what is unencodable in some of its texts.
@@ -120,8 +100,7 @@ class Guide final : public GuideConsumer {
   std::size_t StationOf(const std::string& id);
   int PlaceOf(const Station& station) const;
   bool ReadTimes(const Programme& programme);
-  template <std::size_t kCount>
-  std::uint32_t File(const std::array<std::string, kCount>& fields, char mark, Fields& where);
+  std::uint32_t File(std::span<const std::string> fields, char mark, Fields& where);
   void ChooseStations();
   void LeaveOneAStart(std::vector<Item>& items);
   void SetMissingEnds(std::vector<Item>& items) const;
@@ -131,13 +110,13 @@ class Guide final : public GuideConsumer {
 
   const GuideOptions& options_;
   TargetText& text_;
-  GuideTally tally_;
+  epgcache::Tally tally_ = {};
 
   std::vector<Station> stations_;
   std::unordered_map<std::string, std::size_t> station_numbers_;
   Fields programmes_;
   Fields details_;
-  std::vector<std::string> missing_;
+  std::vector<std::pair<std::string, std::string>> missing_;
   std::uint16_t input_ = 0;
 
   // The programme that has begun.

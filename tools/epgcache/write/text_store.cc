@@ -1,4 +1,4 @@
-#include "tools/epgcache/text_store.h"
+#include "tools/epgcache/write/text_store.h"
 
 #include <algorithm>
 #include <cstring>
