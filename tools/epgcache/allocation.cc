@@ -1,5 +1,5 @@
-// Replaces the C library's allocation functions in this program: a failed allocation ends it, with a
-// message, wherever it happens. Some of the libraries do not survive one.
+// Replaces the C library's allocation functions in this program: a failed allocation ends it, with
+// a message, wherever it happens. Some of the libraries do not survive one.
 #include <dlfcn.h>
 
 #include <cstddef>

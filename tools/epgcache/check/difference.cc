@@ -76,7 +76,7 @@ constexpr Habit kHabits[] = {
      },
      "only the last of several stays"},
     {[](std::string_view read, std::string_view meant) {
-       return meant.substr(read.size()).starts_with(kSlashInNames);
+       return meant.starts_with(std::string(read) + std::string(kSlashInNames));
      },
      "ends at its '/'"},
     {[](std::string_view read, std::string_view meant) {

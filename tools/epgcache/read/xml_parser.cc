@@ -4,7 +4,6 @@
 #include <libxml/parserInternals.h>
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -17,6 +16,10 @@ namespace {
 
 // Of an attribute's five: its name, a prefix, a namespace, where its value begins and ends.
 constexpr std::ptrdiff_t kFieldsOfAttribute = 5;
+
+std::uint64_t OffsetOf(const xmlParserInput& input) {
+  return input.consumed + static_cast<std::uint64_t>(input.cur - input.base);
+}
 
 }  // namespace
 
@@ -160,17 +163,8 @@ int XmlParser::ReadBytes(char* buffer, int size) {
   try {
     const std::size_t count = mender_ ? mender_->Read(buffer, static_cast<std::size_t>(size))
                                       : source_.Read(buffer, static_cast<std::size_t>(size));
-    if (context_ != nullptr && context_->input != nullptr) {
-      const xmlParserInput& input = *context_->inputTab[0];
-      const std::uint64_t parsed =
-          input.consumed + static_cast<std::uint64_t>(input.cur - input.base);
-      while (lines_.size() > 1 && lines_[1] <= parsed) lines_.pop_front();
-    }
-    const char* const end = buffer + count;
-    for (const char* at = buffer; (at = static_cast<const char*>(std::memchr(
-                                       at, '\n', static_cast<std::size_t>(end - at)))) != nullptr;)
-      lines_.push_back(bytes_read_ + static_cast<std::uint64_t>(++at - buffer));
-    bytes_read_ += count;
+    if (context_ != nullptr && context_->inputNr > 0) PassTo(OffsetOf(*context_->inputTab[0]));
+    ahead_.append(buffer, count);
     return static_cast<int>(count);
   } catch (...) {
     source_failure_ = std::current_exception();
@@ -179,16 +173,24 @@ int XmlParser::ReadBytes(char* buffer, int size) {
   }
 }
 
+// Forgets what stands before a place that has been parsed, but for where its line begins.
+void XmlParser::PassTo(std::uint64_t offset) {
+  const auto count = std::min(
+      static_cast<std::size_t>(std::max(offset, ahead_begin_) - ahead_begin_), ahead_.size());
+  const std::size_t newline = std::string_view(ahead_).substr(0, count).rfind('\n');
+  if (newline != std::string_view::npos) line_begin_ = ahead_begin_ + newline + 1;
+  ahead_.erase(0, count);
+  ahead_begin_ += count;
+}
+
 // The library counts characters, which are bytes where it converts, of all but UTF-16.
-int XmlParser::ColumnInBytes(int characters) const {
-  const bool in_document = context_->inputNr == 1 && context_->input != nullptr;
-  if (!in_document || mender_ ||
-      (context_->input->buf != nullptr && context_->input->buf->encoder != nullptr))
+int XmlParser::ColumnInBytes(int characters) {
+  const bool in_document = context_->inputNr == 1 && !mender_;
+  if (!in_document || (context_->input->buf != nullptr && context_->input->buf->encoder != nullptr))
     return std::max(1, characters);
-  const xmlParserInput& input = *context_->input;
-  const std::uint64_t at = input.consumed + static_cast<std::uint64_t>(input.cur - input.base);
-  const auto next = std::upper_bound(lines_.begin(), lines_.end(), at);
-  return static_cast<int>(at - (next == lines_.begin() ? 0 : *std::prev(next))) + 1;
+  const std::uint64_t offset = OffsetOf(*context_->input);
+  PassTo(offset);
+  return static_cast<int>(offset - line_begin_) + 1;
 }
 
 xmlParserInputPtr XmlParser::RefuseExternal(const char* url, const char* /*id*/,

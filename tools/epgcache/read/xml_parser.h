@@ -11,7 +11,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <optional>
 #include <string>
@@ -82,7 +81,8 @@ class XmlParser {
   void AddWithin(std::string_view text);
   void SetFault(const std::string& reason);
   int ReadBytes(char* buffer, int size);
-  int ColumnInBytes(int characters) const;
+  void PassTo(std::uint64_t offset);
+  int ColumnInBytes(int characters);
   void AddError(const xmlError& error);
   static xmlParserInputPtr RefuseExternal(const char* url, const char* id,
                                           xmlParserCtxtPtr context);
@@ -97,9 +97,10 @@ class XmlParser {
   bool is_over_ = false;  // whatever is still reported
   std::uint64_t delivered_ = 0;
   Fault fault_;
-  // Where lines begin, in bytes from the document's start: the present one, and those read ahead.
-  std::deque<std::uint64_t> lines_ = {0};
-  std::uint64_t bytes_read_ = 0;
+  std::string ahead_;  // what has been read, and was not parsed by then
+  // Offsets in the document: of that, and of the line in which it begins.
+  std::uint64_t ahead_begin_ = 0;
+  std::uint64_t line_begin_ = 0;
 };
 
 }  // namespace epgcache

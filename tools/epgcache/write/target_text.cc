@@ -23,15 +23,21 @@ std::optional<char> ByteOf(char32_t character) {
 }
 
 void AppendEscaped(std::string& target, std::string_view text) {
-  for (;;) {
-    const auto plain = static_cast<std::size_t>(
-        std::find_if(text.begin(), text.end(),
-                     [](char byte) { return byte == '&' || byte == '<' || byte == '>'; }) -
-        text.begin());
-    target += text.substr(0, plain);
-    if (plain == text.size()) return;
-    target += text[plain] == '&' ? "&amp;" : text[plain] == '<' ? "&lt;" : "&gt;";
-    text.remove_prefix(plain + 1);
+  constexpr std::string_view kEscaped = "&<>";
+  // Most texts hold none.
+  const bool holds_any = std::any_of(kEscaped.begin(), kEscaped.end(), [text](char mark) {
+    return text.find(mark) != std::string_view::npos;
+  });
+  if (!holds_any) {
+    target += text;
+    return;
+  }
+  for (const char byte : text) {
+    if (kEscaped.find(byte) == std::string_view::npos) {
+      target += byte;
+    } else {
+      target += byte == '&' ? "&amp;" : byte == '<' ? "&lt;" : "&gt;";
+    }
   }
 }
 
@@ -121,9 +127,8 @@ const char* TargetText::EncodingName() const {
 }
 
 std::string_view TargetText::Converted(std::string_view utf8, Unencodable& unencodable) {
-  const bool ascii = std::all_of(utf8.begin(), utf8.end(),
-                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-  if (converter_ == nullptr || ascii) return utf8;
+  const auto is_ascii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+  if (converter_ == nullptr || std::all_of(utf8.begin(), utf8.end(), is_ascii)) return utf8;
   converted_.clear();
   converter_->Convert(utf8, converted_, unencodable);
   return converted_;
