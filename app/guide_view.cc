@@ -10,8 +10,8 @@
 #include "app/complain.h"
 #include "app/documents.h"
 #include "app/local_time.h"
-#include "text/near_miss.h"
 #include "text/letters.h"
+#include "text/near_miss.h"
 
 namespace shell {
 

@@ -10,12 +10,12 @@
 
 #include "app/complain.h"
 #include "app/documents.h"
-#include "text/near_miss.h"
 #include "app/script.h"
 #include "app/session.h"
 #include "app/system.h"
 #include "host/engine.h"
 #include "text/counted_text.h"
+#include "text/near_miss.h"
 #include "text/utf8.h"
 
 namespace shell {

@@ -484,8 +484,8 @@ TEST(Epgcache, EndsWithAMessageWhereMemoryOrReadingFails) {
       RunCommand("iconv -t UTF-16 <" + guide.Path() + " >" + utf16 +
                  "; for n in 1 2 4 7 12 30 60 100 $(seq 200 67 2000) 1000000; do (" +
                  Failing("FAIL_ALLOCATION=$n") + run + "); echo $?; done 2>&1 | sort -u; " +
-                 "for n in $(seq 0 67 900) 1000000; do (" + Failing("FAIL_ALLOCATION=$n") + "$E -q " +
-                 utf16 + to + "); echo $?; done 2>&1 | sort -u");
+                 "for n in $(seq 0 67 900) 1000000; do (" + Failing("FAIL_ALLOCATION=$n") +
+                 "$E -q " + utf16 + to + "); echo $?; done 2>&1 | sort -u");
   EXPECT_EQ(memory.out, "0\n1\nepgcache: out of memory\n0\n1\nepgcache: out of memory\n");
   EXPECT_EQ(RunCommand(Failing("INTERRUPT_READS=1") + run).status, 0);
   // A read that fails is told, but to the plug-in, for which the file ends there.

@@ -8,9 +8,9 @@
 #include "app/display_text.h"
 #include "app/guide_grid.h"
 #include "app/local_time.h"
-#include "text/near_miss.h"
 #include "app/text_search.h"
 #include "tests/support/test_support.h"
+#include "text/near_miss.h"
 
 namespace {
 
