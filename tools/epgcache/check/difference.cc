@@ -132,7 +132,7 @@ constexpr ItemField kItemFieldsRead[] = {
 };
 
 // No zone's time is farther from UTC, in minutes.
-constexpr std::int64_t kLongestZone = 15 * 60;
+constexpr std::int64_t kLongestZone = std::int64_t{15} * 60;
 
 // As scripts see it.
 std::string NameOf(const CStation& station) {

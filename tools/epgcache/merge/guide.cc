@@ -18,7 +18,7 @@ constexpr std::int32_t kLatest = std::numeric_limits<std::int32_t>::max();
 
 // A stop before its start may have been given the wrong date at midnight: it is taken to be on the
 // next day where the programme then lasts no longer than this.
-constexpr std::int64_t kLongestNight = 12 * 3600;
+constexpr std::int64_t kLongestNight = std::int64_t{12} * 3600;
 
 // In place of a text's number: the text was not read.
 constexpr std::uint32_t kNoText = std::numeric_limits<std::uint32_t>::max();
@@ -150,7 +150,10 @@ std::uint32_t Guide::File(std::span<const std::string> fields, char mark, Fields
     text_.Append(fields_, fields[number], unencodable);
     fields_.append("</").append(tag).append(">");
   }
-  const std::uint32_t number = where.texts.Add(fields_);
+  const auto [entry, is_new] =
+      where.numbers.try_emplace(fields_, static_cast<std::uint32_t>(where.texts.size()));
+  if (is_new) where.texts.push_back(&entry->first);
+  const std::uint32_t number = entry->second;
   if (unencodable.transliterated != 0) where.unencodable[number] = unencodable;
   return number;
 }

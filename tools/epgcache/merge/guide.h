@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
+#include "schedule/key_hash.h"
 #include "tools/epgcache/merge/times.h"
 #include "tools/epgcache/read/programme.h"
 #include "tools/epgcache/tally.h"
 #include "tools/epgcache/write/target_text.h"
-#include "tools/epgcache/write/text_store.h"
 
 namespace epgcache {
 
@@ -77,8 +77,8 @@ class Guide final : public GuideConsumer {
   // The requested stations, each with its items by start.
   const std::vector<Station>& Stations() const { return stations_; }
   // The fields of a programme, or an item, as they stand in the file.
-  std::string_view ProgrammeText(std::uint32_t number) const { return programmes_.texts[number]; }
-  std::string_view DetailsText(std::uint32_t number) const { return details_.texts[number]; }
+  std::string_view ProgrammeText(std::uint32_t number) const { return *programmes_.texts[number]; }
+  std::string_view DetailsText(std::uint32_t number) const { return *details_.texts[number]; }
   std::size_t ProgrammeTexts() const { return programmes_.texts.size(); }
   // What the encoding lacks of them.
   Unencodable UnencodableOfProgramme(std::uint32_t number) const;
@@ -91,9 +91,13 @@ class Guide final : public GuideConsumer {
   }
 
  private:
-  // A text store, and what is unencodable in some of its texts.
+  struct Hash {
+    std::size_t operator()(const std::string& text) const { return KeyHash(text); }
+  };
+  // Texts, each once, numbered from 0 in order of arrival; and what is unencodable in some of them.
   struct Fields {
-    TextStore texts;
+    std::unordered_map<std::string, std::uint32_t, Hash> numbers;
+    std::vector<const std::string*> texts;
     std::unordered_map<std::uint32_t, Unencodable> unencodable;
   };
 

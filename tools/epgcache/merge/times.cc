@@ -97,10 +97,10 @@ std::shared_ptr<const icu::BasicTimeZone> RulesOf(std::string_view name) {
       name == "local" ? icu::TimeZone::detectHostTimeZone()
                       : icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(icu::StringPiece(
                             name.data(), static_cast<std::int32_t>(name.size())))));
-  auto* const rules = dynamic_cast<icu::BasicTimeZone*>(zone.get());
-  if (rules == nullptr || *zone == icu::TimeZone::getUnknown()) return nullptr;
-  zone.release();
-  return std::shared_ptr<const icu::BasicTimeZone>(rules);
+  const bool has_rules = dynamic_cast<const icu::BasicTimeZone*>(zone.get()) != nullptr;
+  if (!has_rules || *zone == icu::TimeZone::getUnknown()) return nullptr;
+  return std::shared_ptr<const icu::BasicTimeZone>(
+      static_cast<const icu::BasicTimeZone*>(zone.release()));
 }
 
 // Takes the separators of ISO 8601 out of "2026-11-23T20:15:00.0Z" and "20261123T2015".
@@ -159,7 +159,7 @@ std::optional<Zone> Zone::Of(std::string_view text) {
   constexpr std::string_view kWithRules[] = {"CET", "EET", "MET", "WET"};
   const bool has_rules =
       std::find(std::begin(kWithRules), std::end(kWithRules), text) != std::end(kWithRules);
-  if (const auto fixed = Fixed(text); fixed && !has_rules) return fixed;
+  if (auto fixed = Fixed(text); fixed && !has_rules) return fixed;
   Zone zone;
   zone.rules_ = RulesOf(text);
   if (zone.rules_ == nullptr) return std::nullopt;
