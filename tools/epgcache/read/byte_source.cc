@@ -141,7 +141,7 @@ bool ByteSource::Next() {
   if (layers_.empty()) AddLayer();
   for (;;) {
     Layer& layer = *layers_.back();
-    // What is left of the present entry counts as well: it has to be unpacked to be passed over.
+    // What is passed over of an entry counts as well: it may have to be unpacked for that.
     char passed_by[4096];
     while (layer.in_entry && Pull(layer, passed_by, sizeof passed_by) != 0) {
     }
@@ -169,9 +169,8 @@ bool ByteSource::Next() {
     const char* path = archive_entry_pathname_utf8(entry);
     if (path == nullptr) path = archive_entry_pathname(entry);
     layer.path = path != nullptr ? path : "?";
-    if (archive_entry_filetype(entry) != AE_IFREG || !IsNamedAsGuide(layer.path)) continue;
     layer.in_entry = true;
-    AddLayer();
+    if (archive_entry_filetype(entry) == AE_IFREG && IsNamedAsGuide(layer.path)) AddLayer();
   }
 }
 
