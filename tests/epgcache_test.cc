@@ -595,6 +595,14 @@ TEST(Epgcache, MendsWhatIsNotWellFormed) {
     EXPECT_EQ(Shown(listings), row.shown);
     EXPECT_THAT(made.err, HasSubstr(row.said));
   }
+  // A text longer than what is looked at in one go.
+  std::string text;
+  for (int i = 0; i < 40'000; ++i) text += "&amp; \u00e9";
+  const TempFile long_text(titled("<![CDATA[>]]>" + text));
+  EXPECT_EQ(RunCommand("$E -q --keep-going " + long_text.Path() + " -o " + long_text.Path() +
+                       "; grep -o '&amp; \u00e9' " + long_text.Path() + " | wc -l")
+                .out,
+            "40000\n");
   // What cannot be mended is passed over. Enough to be in more than one of the library's blocks.
   std::string many;
   for (int day = 10; day < 30; ++day)

@@ -255,8 +255,8 @@ bool Mender::MendText() {
   std::size_t size = left.find('<');
   if (size == std::string_view::npos) {
     if (ended_ || left.size() < 2 * kBlockBytes) return false;
-    // No reference or character is cut.
-    size = left.size() - kLongestReference;
+    // At a blank, so that no reference or character is cut.
+    size = std::min(left.find_last_of(kBlanks), left.size() - kLongestReference);
   }
   const std::string_view text = left.substr(0, size);
   if (!open_.empty() && !root_ended_) {
