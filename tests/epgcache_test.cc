@@ -699,7 +699,7 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        "        1  programmes with a wrong start: its zone or its form is misread\n"
        "        1  programmes without an end: there is no readable stop\n"
        "        1  Title: another one's, the last of several or of a programme with the same "
-       "texts\n"
+       "key\n"
        "        1  EpisodeTitle: references vanish, numeric ones and names beyond XML's five\n"
        "        1  Description: ends early, at an element or comment inside it\n"
        "        1  Language: not read\n"},

@@ -65,12 +65,12 @@ constexpr Habit kHabits[] = {
     {[](std::string_view read, std::string_view) { return read.empty(); }, "not read"},
     {[](std::string_view, std::string_view meant) { return meant.empty(); },
      "read where the guide has none"},
-    {[](std::string_view read, std::string_view) { return !IsUtf8(read); },
-     "bytes of another encoding arrive as they stand"},
     {[](std::string_view read, std::string_view meant) {
        return NeedsReParse(meant) && ReParse(meant) == read;
      },
      "its '<' or \"&#\" is resolved once more"},
+    {[](std::string_view read, std::string_view) { return !IsUtf8(read); },
+     "bytes of another encoding arrive as they stand"},
     {[](std::string_view read, std::string_view meant) {
        return meant.ends_with(", " + std::string(read));
      },
@@ -89,7 +89,7 @@ constexpr Habit kHabits[] = {
      "ends early, at an element or comment inside it"},
     {IsPartOf, "references vanish, numeric ones and names beyond XML's five"},
     {[](std::string_view, std::string_view) { return true; },
-     "another one's, the last of several or of a programme with the same texts"},
+     "another one's, the last of several or of a programme with the same key"},
 };
 
 std::string_view CauseOf(std::string_view read, std::string_view meant) {
@@ -157,9 +157,14 @@ class Comparison {
     }
   }
 
+  // The most frequent first.
   std::string Text() const {
+    std::vector<std::string> order = order_;
+    std::stable_sort(order.begin(), order.end(), [this](const auto& a, const auto& b) {
+      return counts_.at(a) > counts_.at(b);
+    });
     std::string text;
-    for (const std::string& what : order_) {
+    for (const std::string& what : order) {
       char count[32] = "";
       std::snprintf(count, sizeof count, "%9llu  ",
                     static_cast<unsigned long long>(counts_.at(what)));
