@@ -186,7 +186,10 @@ std::vector<Stop> FindStops(const File& file, const std::string& reason) {
   } else if (format != Format::kTitanTV) {
     std::optional<Stop> stop = WalkAsImporters(file.path, bytes);
     if (may_be_xmltv) FindHiddenMark(bytes, root, format == Format::kXmltv, stops);
-    if (stop) stops.push_back(std::move(*stop));
+    const bool is_known = stop && std::any_of(stops.begin(), stops.end(), [&](const Stop& other) {
+                            return other.at == stop->at && other.rule.starts_with(stop->rule);
+                          });
+    if (stop && !is_known) stops.push_back(std::move(*stop));
     if (may_be_xmltv) {
       if (auto none = NoChannel(bytes, root)) stops.push_back(std::move(*none));
     }
