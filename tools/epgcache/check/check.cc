@@ -227,11 +227,17 @@ std::string Answer(const File& file, const Verdict& verdict) {
   return text;
 }
 
-std::string DifferencesOf(const File& file, const CProviderData& store, const Options& options) {
+// What the plug-in makes of a guide's contents, or who makes listings of it.
+std::string Advice(const File& file, const Verdict& verdict, const Options& options) {
   Markup root = {};
-  if (!FindRoot(file.bytes, root) || root.name != "tv")
-    return "What it loses is known of XMLTV guides alone.\n";
-  const Differences found = FindDifferences(store, file.name, file.path, options);
+  const bool is_guide = FindRoot(file.bytes, root) && root.name == "tv";
+  if (verdict.store == nullptr) {
+    if (!is_guide && !file.is_packed) return "";
+    return "epgcache " + (options.inputs.front() == "-" ? "-" : file.name) +
+           " -o LISTINGS.xml makes listings of it.\n";
+  }
+  if (!is_guide) return "What it loses is known of XMLTV guides alone.\n";
+  const Differences found = FindDifferences(*verdict.store, file.name, file.path, options);
   if (found.lines.empty()) return found.fault + "Nothing is lost.\n";
   return found.fault + "It differs from what the guide says:\n" + found.lines;
 }
@@ -242,16 +248,12 @@ int CheckFile(const Options& options) {
   const NamelessFile copy;
   const File file = ReadWhole(options, copy);
   const Verdict verdict = AskPlugin(file.path);
-  const bool is_taken = verdict.store != nullptr;
-  std::string text = Answer(file, verdict);
-  if (is_taken) text += DifferencesOf(file, *verdict.store, options);
-  if (!is_taken)
-    text += "epgcache " + options.inputs.front() + " -o LISTINGS.xml makes listings of it.\n";
-  if (file.path == file.name && !file.name.ends_with(".xml"))
+  std::string text = Answer(file, verdict) + Advice(file, verdict, options);
+  if (options.inputs.front() != "-" && !file.name.ends_with(".xml"))
     text += "Scripts name listings without their \".xml\", so the file has to be called so.\n";
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
-  return is_taken ? 0 : 1;
+  return verdict.store != nullptr ? 0 : 1;
 }
 
 }  // namespace epgcache
