@@ -97,8 +97,7 @@ bool GetFirstProgram4Time(CScriptCall& call) {
       !call.FetchInt(3, 3, to)) {
     return false;
   }
-  const CScheduleItem* const item = station->FindFirstProgram(from, to);
-  return call.Push(item != nullptr ? station->IndexOf(*item) : -1);
+  return call.Push(station->FindFirstIndex(from, to));
 }
 
 // The item that the first two arguments name; null when the station has none of that index.

@@ -16,9 +16,6 @@ struct CScheduleItem {
   CScheduleItem* next = nullptr;
   CScheduleItem* previous = nullptr;
   const CProgram* program = nullptr;  // null when the programme key matches no programme
-  // In the station's programme index; -1 before that is built. It stands here to be in the item's
-  // first cache line, with all that a query looks at.
-  std::int32_t position = -1;
   CText program_key;
   CText station_key;
   // Markers are set when they begin with 'Y'; the others are texts of their source.

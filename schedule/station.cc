@@ -3,20 +3,6 @@
 #include <algorithm>
 #include <cassert>
 
-namespace {
-
-// Has the processor fetch the item that may stand so many places beside another; where none does,
-// that is harmless.
-void PrefetchBeside(const CScheduleItem* item, std::intptr_t places) {
-#if defined(__GNUC__)
-  const auto address = reinterpret_cast<std::intptr_t>(item);
-  constexpr auto kSize = static_cast<std::intptr_t>(sizeof(CScheduleItem));
-  __builtin_prefetch(reinterpret_cast<const void*>(address + places * kSize));
-#endif
-}
-
-}  // namespace
-
 bool CStation::Insert(CNewRecord<CScheduleItem>& item) {
   assert(!item.IsEmpty());
   CScheduleItem* before = nullptr;
@@ -94,11 +80,11 @@ CScheduleItem* CStation::LastItemBelow(std::int32_t bucket) const {
 }
 
 void CStation::BuildProgramIndex() {
-  std::int32_t position = program_index_.Count();
-  program_index_.SetSize(position + item_count_);
+  program_index_.SetSize(item_count_);
+  spans_.reserve(static_cast<std::size_t>(item_count_));
   for (CScheduleItem* item = first_item_; item != nullptr; item = item->next) {
-    item->position = position;
-    program_index_[position++] = item;
+    program_index_[static_cast<std::int32_t>(spans_.size())] = item;
+    spans_.push_back({item->start, item->end});
   }
 }
 
@@ -112,24 +98,37 @@ const CScheduleItem* CStation::GetProgram(std::int32_t index) const {
   return index >= 0 && index < program_index_.Count() ? program_index_[index] : nullptr;
 }
 
-const CScheduleItem* CStation::EarliestAtOrBelow(std::int32_t bucket) const {
-  if (buckets_[bucket] != nullptr) return buckets_[bucket];
-  return buckets_[static_cast<std::int32_t>(BucketOf(LastItemBelow(bucket)->start))];
+// The position of the first item that starts at that time or later.
+std::int32_t CStation::FirstFrom(std::int64_t time) const {
+  const auto first =
+      std::lower_bound(spans_.begin(), spans_.end(), time,
+                       [](const Span& span, std::int64_t sought) { return span.start < sought; });
+  return static_cast<std::int32_t>(first - spans_.begin());
 }
 
-const CScheduleItem* CStation::FindFirstProgram(std::int32_t from, std::int32_t to) const {
-  if (first_item_ == nullptr || to <= first_start_ || from >= schedule_end_) return nullptr;
+std::int32_t CStation::FindFirstIndex(std::int32_t from, std::int32_t to) const {
+  if (spans_.empty() || to <= first_start_ || from >= schedule_end_) return -1;
+  const std::int32_t count = GetProgramCount();
+  const auto span = [this](std::int32_t at) { return spans_[static_cast<std::size_t>(at)]; };
+  const auto begin_of = [this](std::int64_t bucket) {
+    return index_base_ + bucket * kBucketMinutes;
+  };
   const std::int64_t last_bucket = buckets_.Count() - 1;
   const auto bucket = std::clamp<std::int64_t>(BucketOf(from), 0, last_bucket);
-  const CScheduleItem* item = EarliestAtOrBelow(static_cast<std::int32_t>(bucket));
-  // In a large schedule the wait for an item's memory is most of a query. Items that came in order
-  // stand side by side, so the neighbours are likely those that are asked for next.
-  for (const std::intptr_t neighbour : {-1, 1, 2, 3}) PrefetchBeside(item, neighbour);
-  if (item->previous != nullptr && item->previous->end > from) return item->previous;
-  while (item != nullptr && item->end <= from) item = item->next;
-  return item != nullptr && item->start < to ? item : nullptr;
+  // The earliest item of that bucket, or of the nearest one below that has any.
+  std::int32_t at = FirstFrom(begin_of(bucket));
+  if (at == count || BucketOf(span(at).start) != bucket)
+    at = FirstFrom(begin_of(BucketOf(span(at - 1).start)));
+  if (at > 0 && span(at - 1).end > from) {
+    --at;
+  } else {
+    while (at < count && span(at).end <= from) ++at;
+    if (at == count || span(at).start >= to) return -1;
+  }
+  return at;
 }
 
 std::int32_t CStation::IndexOf(const CScheduleItem& item) const {
-  return item.position >= 0 ? item.position : program_index_.Count();
+  const std::int32_t at = FirstFrom(item.start);
+  return GetProgram(at) == &item ? at : GetProgramCount();
 }

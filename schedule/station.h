@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "schedule/pointer_array.h"
 #include "schedule/schedule_item.h"
@@ -37,7 +38,8 @@ class CStation {
   // REQUIRES: the item is not empty.
   bool Insert(CNewRecord<CScheduleItem>& item);
 
-  // Appends every item, in start order, to the programme index. Called once, after the last Insert.
+  // Puts every item, in start order, into the programme index. Called once, after the last Insert;
+  // the look-ups below need it.
   void BuildProgramIndex();
 
   std::int32_t CountItems() const { return item_count_; }
@@ -50,10 +52,15 @@ class CStation {
   // The item at that position of the programme index; null when there is none.
   const CScheduleItem* GetProgram(std::int32_t index) const;
 
-  // The item on the air at `from`, else the next to start before `to`; null when there is none. An
-  // end is exclusive. Starts at the bucket of `from` and looks back no further than one item, so
-  // where items overlap an earlier one that still runs can be missed.
-  const CScheduleItem* FindFirstProgram(std::int32_t from, std::int32_t to) const;
+  // The position of the item on the air at `from`, else of the next to start before `to`; -1 when
+  // there is none. An end is exclusive. Starts at the bucket of `from` and looks back no further
+  // than one item, so where items overlap an earlier one that still runs can be missed.
+  std::int32_t FindFirstIndex(std::int32_t from, std::int32_t to) const;
+
+  // The same as an item; null when there is none.
+  const CScheduleItem* FindFirstProgram(std::int32_t from, std::int32_t to) const {
+    return GetProgram(FindFirstIndex(from, to));
+  }
 
   // The item's position in the programme index, or the number of entries when it is not there.
   std::int32_t IndexOf(const CScheduleItem& item) const;
@@ -82,13 +89,20 @@ class CStation {
   void InsertBehind(CScheduleItem* before, CScheduleItem* item);
   CScheduleItem* FindPredecessor(const CScheduleItem& item, std::int32_t bucket) const;
   CScheduleItem* LastItemBelow(std::int32_t bucket) const;
-  const CScheduleItem* EarliestAtOrBelow(std::int32_t bucket) const;
+  std::int32_t FirstFrom(std::int64_t time) const;
 
   std::int64_t index_base_ = 0;  // 64 bits: it moves below the earliest start
   std::int32_t schedule_end_ = 0;
   CScheduleItem* first_item_ = nullptr;
   CPointerArray<CScheduleItem> buckets_;
   CPointerArray<CScheduleItem> program_index_;
+  // Of its entries. An item of a large schedule is not in the processor's cache, and all that a
+  // search looks at of a station is smaller than a few of its items.
+  struct Span {
+    std::int32_t start;
+    std::int32_t end;
+  };
+  std::vector<Span> spans_;
   std::int32_t first_start_ = 0;
   std::int32_t item_count_ = 0;
   CScheduleItem* last_item_ = nullptr;

@@ -99,12 +99,12 @@ TEST(TimeIndex, IsThePlainOneAfterEveryInsertion) {
         ASSERT_EQ(plain.Insert(start, end), Insert(station, start, end));
         ASSERT_NO_FATAL_FAILURE(ExpectSame(plain, station)) << series;
       }
+      station.BuildProgramIndex();
       for (int i = 0; i < 600; ++i) {
         const Time from = between(plain.base - 400, plain.end + 400LL);
         const Time to = between(from - 100, from + 800LL);
         ASSERT_EQ(plain.Find(from, to), StartOf(station.FindFirstProgram(from, to))) << from;
       }
-      station.BuildProgramIndex();
       std::int32_t position = 0;
       for (const auto& [start, end] : plain.items)
         ASSERT_EQ(start, station.GetProgram(position++)->start);
@@ -137,6 +137,7 @@ TEST(TimeIndex, SpansMillenniaWithoutTheirMemory) {
     std::next_permutation(dates.begin(), dates.end());
     for (const Time date : dates) Insert(station, date, date + 60);
     Insert(station, At("12:00"), At("13:00"));
+    station.BuildProgramIndex();
     EXPECT_EQ(At("12:00"), StartOf(station.FindFirstProgram(At("12:30"), At("13:00"))));
     ASSERT_TRUE(!kMemoryIsOurs || epg_test::PeakMemory() - before < 1'000'000);
   }
@@ -147,6 +148,7 @@ TEST(FindFirstProgram, AnswersAroundAGap) {
   Insert(station, At("10:00"), At("11:30"));
   Insert(station, At("08:00"), At("10:00"));
   Insert(station, At("16:00"), At("17:00"));
+  station.BuildProgramIndex();
   std::istringstream rows(
       "08:00 08:30 08:00  09:59 10:30 08:00  10:00 10:30 10:00  11:29 11:30 10:00  "
       "11:30 16:00 none   11:30 16:01 16:00  16:59 17:00 16:00  17:00 18:00 none   "
