@@ -51,8 +51,10 @@ class CProviderData {
   // REQUIRES: the station's texts and items stand in this store's memory.
   [[nodiscard]] bool AddStation(std::unique_ptr<CStation>& station);
 
-  // To be called a little before the program is added or looked for.
+  // To be called a little before the program is added or looked for; the second one, where there is
+  // time, between the two.
   void PrefetchProgram(std::string_view key) const { program_map_.Prefetch(key); }
+  void PrefetchProgramKey(std::string_view key) const { program_map_.PrefetchKey(key); }
 
   // The programme of that key. When there was none it is `program`, which the store has taken and
   // which is empty then; otherwise `program` is still the caller's.
