@@ -74,7 +74,7 @@ void ReadElements(benchmark::State& state) {
     bool end_tag = false;
     reader.ReadRoot(root);
     while (reader.ReadElement(node, open, end_tag) && !end_tag) {
-      if (open) reader.ReadChildren(node, error);
+      if (open) reader.ReadChildren(node.name, error);
       reader.Recycle(node);
     }
   }

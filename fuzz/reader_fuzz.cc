@@ -1,4 +1,5 @@
-// The streaming reader alone: units one by one, held against a plain model, then whole trees.
+// The streaming reader alone: units one by one, held against a plain model, then whole trees,
+// as nodes and as elements.
 
 #include <cctype>
 #include <map>
@@ -11,6 +12,9 @@
 #include "xml/simple_xml_reader.h"
 
 namespace {
+
+using ORVANE::MSTR;
+using ORVANE::MXML;
 
 // "!" when a read failed; "/" for an end tag, "+" for an open element, "-" for any other unit.
 std::string Marks(bool result, bool open, bool end_tag) {
@@ -117,12 +121,59 @@ void CompareUnits(CSimpleXMLReader& reader, std::string_view text) {
   }
 }
 
-void ReadTree(CSimpleXMLReader& reader) {
+// An element with all below it, as "name@attribute{value}(children)", and the value that each of
+// its attributes' names finds.
+std::string Dump(const MXML::NODE& node) {
+  std::string text(ViewOf(node.name));
+  for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
+    text.append("@").append(AttributeValue(node, ViewOf(each->name)));
+  }
+  text.append("{").append(ViewOf(node.value)).append("}(");
+  for (const auto* each = node.first_child; each != nullptr; each = each->next_sibling) {
+    text += Dump(*each);
+  }
+  return text + ')';
+}
+
+// The same of an element and its node; the attributes are asked for by the node's names.
+std::string Dump(const CElement& element, const MXML::NODE* node) {
+  std::string text(element.name);
+  const auto* attribute = node != nullptr ? node->first_attribute : nullptr;
+  for (; attribute != nullptr; attribute = attribute->next) {
+    text.append("@").append(AttributeValue(element, ViewOf(attribute->name)));
+  }
+  text.append("{").append(element.value).append("}(");
+  const MXML::NODE* child = node != nullptr ? node->first_child : nullptr;
+  for (const CElement& each : ChildrenOf(element)) {
+    text += Dump(each, child);
+    if (child != nullptr) child = child->next_sibling;
+  }
+  return text + ')';
+}
+
+// Reads what is below the root as nodes and as elements, which must say the same.
+void CompareTrees(CSimpleXMLReader& reader) {
   CSafeNode root;
-  ORVANE::MSTR error;
+  MSTR error;
   if (!reader.ReadRoot(root)) return;
   const bool whole = reader.ReadChildren(root, error);
+  const std::int64_t end = reader.Offset();
   fuzz::Check(whole == (error.length == 0), "a failure has a reason");
+
+  CSafeNode again;
+  MSTR second_error;
+  fuzz::Check(reader.ReadRoot(again), "a root is there again");
+  fuzz::Check(reader.ReadChildren(again.name, second_error) == whole, "elements end as nodes do");
+  fuzz::Check(ViewOf(error) == ViewOf(second_error), "elements fail as nodes do");
+  fuzz::Check(reader.Offset() == end, "elements end where nodes do");
+  if (!whole) return;
+  const MXML::NODE* child = root.first_child;
+  for (const CElement& element : reader.Children()) {
+    fuzz::Check(child != nullptr && Dump(*child) == Dump(element, child),
+                "elements are what nodes are");
+    child = child->next_sibling;
+  }
+  fuzz::Check(child == nullptr, "there are as many elements as nodes");
 }
 
 // A text, escaped and read again, is itself.
@@ -145,7 +196,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CSimpleXMLReader reader;
     fuzz::Check(reader.Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
     CompareUnits(reader, text);
-    ReadTree(reader);
+    CompareTrees(reader);
   }
   CheckEscape(text);
   return 0;

@@ -53,10 +53,10 @@ class CProgramFinder {
 
 bool LoadPrograms(CCacheLoad& load) {
   CSafeNode& record = load.record;
-  return ForEachWholeChild(load.reader, load.collection.name, record, load.status, [&] {
+  return ForEachRecord(load.reader, load.collection.name, record, load.status, [&] {
     if (ViewOf(record.name) != "Prog") return;
     auto program = load.store.NewProgram();
-    ReadProgramFields(record, kNumbered, program);
+    ReadProgramFields(load.reader.Children(), program);
     load.store.AddProgram(program);  // the first of a key wins
   });
 }
@@ -71,7 +71,7 @@ std::int32_t LoadCacheStation(CCacheLoad& load, CStation& station) {
   const auto load_item = [&] {
     if (ViewOf(item_node.name) != "Item") return;
     auto item = load.store.NewItem();
-    ReadScheduleItemFields(item_node, kNumbered, 0, item);
+    ReadScheduleItemFields(load.reader.Children(), item);
     CScheduleItem& filed = *item;
     if (!station.Insert(item)) return;
     programs.Add(filed);
@@ -85,7 +85,7 @@ std::int32_t LoadCacheStation(CCacheLoad& load, CStation& station) {
       return true;
     }
     if (ViewOf(child.name) == "Schedule") {
-      return ForEachWholeChild(load.reader, child.name, item_node, load.status, load_item);
+      return ForEachRecord(load.reader, child.name, item_node, load.status, load_item);
     }
     load.status.Format("Unknown element, <%s>, in <Station> data.", child.name.text);
     return false;
@@ -99,7 +99,7 @@ bool LoadStations(CCacheLoad& load) {
   CSafeNode& record = load.record;
   return ForEachChild(load.reader, load.collection.name, record, load.status, [&](bool open) {
     if (!open) return true;
-    if (ViewOf(record.name) != "Station") return load.reader.ReadChildren(record, load.status);
+    if (ViewOf(record.name) != "Station") return load.reader.ReadChildren(record.name, load.status);
     CScheduleMemory& memory = load.store.Memory();
     const CScheduleMemory::Mark before = memory.GetMark();
     auto station = std::make_unique<CStation>();
@@ -115,7 +115,7 @@ bool LoadCollections(CCacheLoad& load) {
     if (!open) return true;
     if (ViewOf(collection.name) == "ProgramMap") return LoadPrograms(load);
     if (ViewOf(collection.name) == "StationList") return LoadStations(load);
-    return load.reader.ReadChildren(collection, load.status);
+    return load.reader.ReadChildren(collection.name, load.status);
   });
 }
 

@@ -10,6 +10,7 @@
 
 #include "host/mstr.h"
 #include "schedule/provider_data.h"
+#include "text/counted_text.h"
 #include "xml/safe_node.h"
 #include "xml/simple_xml_reader.h"
 
@@ -42,19 +43,19 @@ template <typename Handler>
     bool open = false;
     bool end_tag = false;
     if (!reader.ReadElement(child, open, end_tag) || end_tag) {
-      return CheckEndTag(end_tag, element, child.name, status);
+      return CheckEndTag(end_tag, ViewOf(element), ViewOf(child.name), status);
     }
     if (!handle(open)) return false;
     reader.Recycle(child);
   }
 }
 
-// The same, each child's own children read into it before `handle` gets it.
+// The same, what is below each child read into the reader's Children() before `handle` gets it.
 template <typename Handler>
-[[nodiscard]] bool ForEachWholeChild(CSimpleXMLReader& reader, const ORVANE::MSTR& element,
-                                     CSafeNode& child, ORVANE::MSTR& status, Handler handle) {
+[[nodiscard]] bool ForEachRecord(CSimpleXMLReader& reader, const ORVANE::MSTR& element,
+                                 CSafeNode& child, ORVANE::MSTR& status, Handler handle) {
   return ForEachChild(reader, element, child, status, [&](bool open) {
-    if (open && !reader.ReadChildren(child, status)) return false;
+    if (open && !reader.ReadChildren(child.name, status)) return false;
     handle();
     return true;
   });

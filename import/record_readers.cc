@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "schedule/text_number.h"
 #include "text/counted_text.h"
 #include "xml/safe_node.h"
 
-using ORVANE::MSTR;
 using ORVANE::MXML;
 
 namespace {
@@ -20,25 +20,27 @@ template <typename Record>
 struct Field {
   std::int32_t number;
   const char* titan_name;
-  void (*assign)(Record& record, const MSTR& text, std::int32_t base_time, CTextBlocks& texts);
+  void (*assign)(Record& record, std::string_view text, std::int32_t base_time, CTextBlocks& texts);
 };
 
 template <typename Record, CText Record::*kText>
-void AssignText(Record& record, const MSTR& text, std::int32_t /*base_time*/, CTextBlocks& texts) {
-  record.*kText = texts.Keep(ViewOf(text));
+void AssignText(Record& record, std::string_view text, std::int32_t /*base_time*/,
+                CTextBlocks& texts) {
+  record.*kText = texts.Keep(text);
 }
 
 template <typename Record, std::int32_t Record::*kNumber>
-void AssignNumber(Record& record, const MSTR& text, std::int32_t /*base_time*/,
+void AssignNumber(Record& record, std::string_view text, std::int32_t /*base_time*/,
                   CTextBlocks& /*texts*/) {
-  record.*kNumber = ReadNumber(text.text);
+  record.*kNumber = ReadNumber(text);
 }
 
 template <typename Record, std::int32_t Record::*kTime>
-void AssignTime(Record& record, const MSTR& text, std::int32_t base_time, CTextBlocks& /*texts*/) {
+void AssignTime(Record& record, std::string_view text, std::int32_t base_time,
+                CTextBlocks& /*texts*/) {
   // Unsigned, so that a sum beyond 32 bits wraps.
   record.*kTime = static_cast<std::int32_t>(static_cast<std::uint32_t>(base_time) +
-                                            static_cast<std::uint32_t>(ReadNumber(text.text)));
+                                            static_cast<std::uint32_t>(ReadNumber(text)));
 }
 
 constexpr Field<CStation> kStationFields[] = {
@@ -85,17 +87,17 @@ constexpr Field<CScheduleItem> kScheduleItemFields[] = {
 };
 
 template <typename Record>
-const Field<Record>* FindByName(std::span<const Field<Record>> fields, const MSTR& name) {
+const Field<Record>* FindByName(std::span<const Field<Record>> fields, std::string_view name) {
   for (const Field<Record>& field : fields) {
-    if (field.titan_name != nullptr && ViewOf(name) == field.titan_name) return &field;
+    if (field.titan_name != nullptr && name == field.titan_name) return &field;
   }
   return nullptr;
 }
 
 // The number stands behind the first character of a name; a nameless node has none.
 template <typename Record>
-const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, const MSTR& name) {
-  const std::int32_t number = name.length == 0 ? 0 : ReadNumber(name.text + 1);
+const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, std::string_view name) {
+  const std::int32_t number = name.empty() ? 0 : ReadNumber(name.substr(1));
   if (number < 1 || static_cast<std::size_t>(number) > fields.size()) return nullptr;
   const Field<Record>& field = fields[static_cast<std::size_t>(number) - 1];
   return field.number == number ? &field : nullptr;
@@ -106,9 +108,19 @@ void ReadFields(const MXML::NODE& node, ProviderKind dialect, std::int32_t base_
                 std::span<const Field<Record>> fields, Record& record, CTextBlocks& texts) {
   const bool named = dialect == ProviderKind::kTitanTV;
   for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
+    const std::string_view name = ViewOf(child->name);
     const Field<Record>* const field =
-        named ? FindByName(fields, child->name) : FindByNumber(fields, child->name);
-    if (field != nullptr) field->assign(record, child->value, base_time, texts);
+        named ? FindByName(fields, name) : FindByNumber(fields, name);
+    if (field != nullptr) field->assign(record, ViewOf(child->value), base_time, texts);
+  }
+}
+
+template <typename Record>
+void ReadNumberedFields(CElementRange elements, std::span<const Field<Record>> fields,
+                        CNewRecord<Record>& record) {
+  for (const CElement& element : elements) {
+    const Field<Record>* const field = FindByNumber(fields, element.name);
+    if (field != nullptr) field->assign(*record, element.value, 0, record.Texts());
   }
 }
 
@@ -141,4 +153,12 @@ void ReadScheduleItemFields(const MXML::NODE& node, ProviderKind dialect, std::i
   // Numbered times are time values already.
   const std::int32_t counted_from = dialect == ProviderKind::kTitanTV ? base_time : 0;
   ReadFields<CScheduleItem>(node, dialect, counted_from, kScheduleItemFields, *item, item.Texts());
+}
+
+void ReadProgramFields(CElementRange elements, CNewRecord<CProgram>& program) {
+  ReadNumberedFields<CProgram>(elements, kProgramFields, program);
+}
+
+void ReadScheduleItemFields(CElementRange elements, CNewRecord<CScheduleItem>& item) {
+  ReadNumberedFields<CScheduleItem>(elements, kScheduleItemFields, item);
 }

@@ -16,6 +16,7 @@
 #include "schedule/schedule_item.h"
 #include "schedule/schedule_memory.h"
 #include "schedule/station.h"
+#include "xml/elements.h"
 
 // The station's texts go to `texts`.
 void ReadStationFields(const ORVANE::MXML::NODE& node, ProviderKind dialect, CStation& station,
@@ -27,3 +28,7 @@ void ReadProgramFields(const ORVANE::MXML::NODE& node, ProviderKind dialect,
 // Times of the TitanTV dialect count from `base_time`.
 void ReadScheduleItemFields(const ORVANE::MXML::NODE& node, ProviderKind dialect,
                             std::int32_t base_time, CNewRecord<CScheduleItem>& item);
+
+// The same from elements with numbered fields.
+void ReadProgramFields(CElementRange elements, CNewRecord<CProgram>& program);
+void ReadScheduleItemFields(CElementRange elements, CNewRecord<CScheduleItem>& item);

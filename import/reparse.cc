@@ -18,7 +18,7 @@ namespace {
 // The code unit of a lower-cased reference, without its "&#" and ';'.
 char16_t ReferencedUnit(const std::string& reference) {
   if (reference[0] != 'x') {
-    return static_cast<char16_t>(static_cast<std::uint32_t>(ReadNumber(reference.c_str())));
+    return static_cast<char16_t>(static_cast<std::uint32_t>(ReadNumber(reference)));
   }
   std::uint32_t value = 0;
   for (const char c : std::string_view(reference).substr(1)) {

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "host/mstr.h"
-#include "host/mxml.h"
 #include "schedule/provider_data.h"
+#include "xml/elements.h"
 
 class CRTData final : public CProviderData {
  public:
@@ -20,7 +20,7 @@ class CRTData final : public CProviderData {
 
  private:
   // Files one element; false when its broadcast was dropped.
-  bool ImportProgramme(const ORVANE::MXML::NODE& node);
+  bool ImportProgramme(CElementRange elements);
   // The station of that channel name, made when there is none.
   CStation& StationOf(std::string_view channel_name);
 };

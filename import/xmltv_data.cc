@@ -1,10 +1,12 @@
 #include "import/xmltv_data.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "host/mlog.h"
@@ -23,15 +25,11 @@ namespace {
 
 constexpr std::string_view kSet = "Y";
 
-// A programme element while it is read: the records that it fills, the names of its actors, and
-// the hashes of the other texts of its key.
+// The records that a programme element fills, and the names of its actors.
 struct Programme {
   CNewRecord<CScheduleItem>& item;
   CNewRecord<CProgram>& program;
-  MSTR& actors;
-  std::uint32_t title_id = 0;
-  std::uint32_t episode_title_id = 0;
-  std::uint32_t description_id = 0;
+  std::string& actors;
 
   void SetProgramText(CText CProgram::*text, std::string_view value) {
     (*program).*text = program.Texts().Keep(value);
@@ -42,130 +40,115 @@ struct Programme {
 };
 
 // What an element of a programme does to it.
-struct Element {
+struct ElementReader {
   std::string_view name;
-  void (*read)(const MXML::NODE& node, Programme& programme);
+  void (*read)(const CElement& element, Programme& programme);
 };
 
 template <CText CProgram::*kText>
-void ReadProgramText(const MXML::NODE& node, Programme& programme) {
-  programme.SetProgramText(kText, ViewOf(node.value));
-}
-
-// The same, for a text of the programme's key.
-template <CText CProgram::*kText, std::uint32_t Programme::*kId>
-void ReadKeyText(const MXML::NODE& node, Programme& programme) {
-  programme.SetProgramText(kText, ViewOf(node.value));
-  programme.*kId = node.value.Id();
+void ReadProgramText(const CElement& element, Programme& programme) {
+  programme.SetProgramText(kText, element.value);
 }
 
 template <CText CScheduleItem::*kText>
-void ReadItemText(const MXML::NODE& node, Programme& programme) {
-  programme.SetItemText(kText, ViewOf(node.value));
+void ReadItemText(const CElement& element, Programme& programme) {
+  programme.SetItemText(kText, element.value);
 }
 
 template <CText CScheduleItem::*kMarker>
-void SetItemMarker(const MXML::NODE& /*node*/, Programme& programme) {
+void SetItemMarker(const CElement& /*element*/, Programme& programme) {
   programme.SetItemText(kMarker, kSet);
 }
 
 // `path` stands before the name.
-void LogUnknown(const char* path, const MXML::NODE& node) {
-  MLog.Log("Unknown XMLTV data element: %s%s", path, node.name.text);
+void LogUnknown(const char* path, const CElement& element) {
+  MLog.Log("Unknown XMLTV data element: %s%s", path, std::string(element.name).c_str());
 }
 
-// Reads every child of a node by a table; one that is not in it is logged with `path` before its
-// name.
+// Reads every element by a table; one that is not in it is logged with `path` before its name.
 template <std::size_t kCount>
-void ReadElements(const Element (&elements)[kCount], const char* path, const MXML::NODE& node,
+void ReadElements(const ElementReader (&readers)[kCount], const char* path, CElementRange elements,
                   Programme& programme) {
-  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    const Element* found = nullptr;
-    for (const Element& element : elements) {
-      if (ViewOf(child->name) == element.name) {
-        found = &element;
-        break;
-      }
-    }
-    if (found != nullptr) {
-      found->read(*child, programme);
+  for (const CElement& element : elements) {
+    const auto* const reader =
+        std::find_if(std::begin(readers), std::end(readers),
+                     [&](const ElementReader& each) { return each.name == element.name; });
+    if (reader != std::end(readers)) {
+      reader->read(element, programme);
     } else {
-      LogUnknown(path, *child);
+      LogUnknown(path, element);
     }
   }
 }
 
-void ReadColour(const MXML::NODE& node, Programme& programme) {
-  if (ViewOf(node.value) == "no") programme.SetProgramText(&CProgram::black_and_white, kSet);
+void ReadColour(const CElement& element, Programme& programme) {
+  if (element.value == "no") programme.SetProgramText(&CProgram::black_and_white, kSet);
 }
 
-void ReadVideo(const MXML::NODE& node, Programme& programme) {
-  static constexpr Element kElements[] = {
+void ReadVideo(const CElement& element, Programme& programme) {
+  static constexpr ElementReader kReaders[] = {
       {"aspect", ReadItemText<&CScheduleItem::aspect>},
       {"colour", ReadColour},
   };
-  ReadElements(kElements, "video->", node, programme);
+  ReadElements(kReaders, "video->", ChildrenOf(element), programme);
 }
 
-void ReadActor(const MXML::NODE& node, Programme& programme) {
-  if (programme.actors.length != 0) programme.actors += ", ";
-  programme.actors += node.value;
+void ReadActor(const CElement& element, Programme& programme) {
+  if (!programme.actors.empty()) programme.actors += ", ";
+  programme.actors += element.value;
 }
 
-void ReadCredits(const MXML::NODE& node, Programme& programme) {
-  static constexpr Element kElements[] = {
+void ReadCredits(const CElement& element, Programme& programme) {
+  static constexpr ElementReader kReaders[] = {
       {"director", ReadProgramText<&CProgram::director>},
       {"actor", ReadActor},
   };
-  ReadElements(kElements, "credits->", node, programme);
+  ReadElements(kReaders, "credits->", ChildrenOf(element), programme);
 }
 
-void ReadRating(const MXML::NODE& node, Programme& programme) {
-  const MXML::NODE* value = nullptr;  // the last one wins
-  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (ViewOf(child->name) == "value") {
-      value = child;
+void ReadRating(const CElement& element, Programme& programme) {
+  const CElement* value = nullptr;  // the last one wins
+  for (const CElement& child : ChildrenOf(element)) {
+    if (child.name == "value") {
+      value = &child;
     } else {
-      LogUnknown("rating->", *child);
+      LogUnknown("rating->", child);
     }
   }
   if (value == nullptr) return;
-  const std::string_view system = AttributeValue(node, "system");
+  const std::string system = AttributeValue(element, "system");
   if (system == "BBFC") {
-    programme.SetProgramText(&CProgram::rating_bbfc, ViewOf(value->value));
+    programme.SetProgramText(&CProgram::rating_bbfc, value->value);
   } else {
     MSTR rating;
-    rating.Format("%s rating: %s", system.data(), value->value.text);
+    rating.Format("%s rating: %s", system.c_str(), std::string(value->value).c_str());
     programme.SetItemText(&CScheduleItem::rating_other, ViewOf(rating));
   }
 }
 
-void ReadStarRating(const MXML::NODE& node, Programme& programme) {
-  static constexpr Element kElements[] = {{"value", ReadProgramText<&CProgram::star_rating>}};
-  ReadElements(kElements, "star rating->", node, programme);
+void ReadStarRating(const CElement& element, Programme& programme) {
+  static constexpr ElementReader kReaders[] = {{"value", ReadProgramText<&CProgram::star_rating>}};
+  ReadElements(kReaders, "star rating->", ChildrenOf(element), programme);
 }
 
-void ReadDescription(const MXML::NODE& node, Programme& programme) {
-  if (!NeedsReParse(ViewOf(node.value))) {
-    ReadKeyText<&CProgram::description, &Programme::description_id>(node, programme);
-    return;
+void ReadDescription(const CElement& element, Programme& programme) {
+  if (NeedsReParse(element.value)) {
+    programme.SetProgramText(&CProgram::description, ReParse(element.value));
+  } else {
+    programme.SetProgramText(&CProgram::description, element.value);
   }
-  MSTR text;
-  AssignTo(text, ReParse(ViewOf(node.value)));
-  programme.SetProgramText(&CProgram::description, ViewOf(text));
-  programme.description_id = text.Id();
 }
 
-void ReadPremiere(const MXML::NODE& node, Programme& programme) {
+void ReadPremiere(const CElement& element, Programme& programme) {
   programme.SetItemText(&CScheduleItem::premiere,
-                        node.value.length == 0 ? "Premiere" : ViewOf(node.value));
+                        element.value.empty() ? "Premiere" : element.value);
 }
 
-constexpr Element kProgrammeElements[] = {
-    {"title", ReadKeyText<&CProgram::title, &Programme::title_id>},
+constexpr ElementReader kProgrammeReaders[] = {
+    {"title", ReadProgramText<&CProgram::title>},
     {"desc", ReadDescription},
     {"category", ReadProgramText<&CProgram::genre>},
-    {"sub-title", ReadKeyText<&CProgram::episode_title, &Programme::episode_title_id>},
+    {"sub-title", ReadProgramText<&CProgram::episode_title>},
     {"date", ReadProgramText<&CProgram::publish_date>},
     {"video", ReadVideo},
     {"subtitles", ReadItemText<&CScheduleItem::subtitles>},
@@ -177,11 +160,24 @@ constexpr Element kProgrammeElements[] = {
     {"star-rating", ReadStarRating},
 };
 
+// The engine's hash of a text. `engine_text` lends its storage.
+std::uint32_t IdOf(CText text, MSTR& engine_text) {
+  static const std::uint32_t empty_id = MSTR().Id();
+  const std::string_view characters = text.View();
+  if (characters.empty()) return empty_id;
+  AssignTo(engine_text, characters.data(), characters.size());
+  return engine_text.Id();
+}
+
 // Programmes with the same texts are one programme: the key is "X" and the sum of their hashes in
 // upper-case hexadecimal, without leading zeros.
-void SetProgramKey(Programme& programme) {
-  const std::uint32_t sum = programme.actors.Id() + programme.description_id +
-                            programme.episode_title_id + programme.title_id;
+void SetProgramKey(Programme& programme, MSTR& engine_text) {
+  const CProgram& program = *programme.program;
+  std::uint32_t sum = 0;
+  for (const CText text :
+       {program.actors, program.description, program.episode_title, program.title}) {
+    sum += IdOf(text, engine_text);
+  }
   char key[1 + 8] = {'X'};
   char* const end = std::to_chars(key + 1, std::end(key), sum, 16).ptr;
   for (char* digit = key + 1; digit != end; ++digit) {
@@ -200,13 +196,16 @@ bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicat
   const std::uint32_t began = platform::GetTickCount();
   if (ReadListingsRoot(reader, root, "tv")) {
     CSafeNode node;
-    MSTR actors;
-    const bool complete = ForEachWholeChild(reader, root.name, node, status, [&] {
+    Scratch scratch;
+    const bool complete = ForEachChild(reader, root.name, node, status, [&](bool open) {
       if (ViewOf(node.name) == "channel") {
+        if (open && !reader.ReadChildren(node, status)) return false;
         ImportChannel(node);
-      } else if (ViewOf(node.name) == "programme") {
-        ImportProgramme(node, actors);
+      } else {
+        if (open && !reader.ReadChildren(node.name, status)) return false;
+        if (ViewOf(node.name) == "programme") ImportProgramme(node, reader.Children(), scratch);
       }
+      return true;
     });
     if (!complete) return false;
   }
@@ -222,17 +221,16 @@ bool CXMLTVData::ImportChannel(const MXML::NODE& node) {
   return false;
 }
 
-bool CXMLTVData::ImportProgramme(const MXML::NODE& node, MSTR& actors) {
-  static const std::uint32_t no_text_id = MSTR().Id();
+bool CXMLTVData::ImportProgramme(const MXML::NODE& node, CElementRange elements, Scratch& scratch) {
   CStation* const station = FindStation(AttributeValue(node, "channel"));
   if (station == nullptr) return false;
   auto item = NewItem();
   auto program = NewProgram();
-  actors = "";
-  Programme programme = {item, program, actors, no_text_id, no_text_id, no_text_id};
-  ReadElements(kProgrammeElements, "", node, programme);
-  programme.SetProgramText(&CProgram::actors, ViewOf(actors));
-  SetProgramKey(programme);
+  scratch.actors.clear();
+  Programme programme = {item, program, scratch.actors};
+  ReadElements(kProgrammeReaders, "", elements, programme);
+  programme.SetProgramText(&CProgram::actors, scratch.actors);
+  SetProgramKey(programme, scratch.engine_text);
   PrefetchProgram(program->key.View());
   item->start = ParseTime(TimeLayout::kDigits, AttributeValue(node, "start"));
   item->end = EndAfter(item->start, ParseTime(TimeLayout::kDigits, AttributeValue(node, "stop")));

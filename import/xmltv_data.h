@@ -4,9 +4,12 @@
 // programmes and broadcasts, each behind the channel that it refers to.
 #pragma once
 
+#include <string>
+
 #include "host/mstr.h"
 #include "host/mxml.h"
 #include "schedule/provider_data.h"
+#include "xml/elements.h"
 
 class CXMLTVData final : public CProviderData {
  public:
@@ -16,8 +19,13 @@ class CXMLTVData final : public CProviderData {
                                CProgressIndicator* progress) override;
 
  private:
-  // File one element; false when it was dropped. Actors are gathered in `actors`, which comes with
-  // the storage of earlier ones.
+  // Storage that each programme leaves to the next.
+  struct Scratch {
+    std::string actors;
+    ORVANE::MSTR engine_text;
+  };
+
+  // File one element; false when it was dropped.
   bool ImportChannel(const ORVANE::MXML::NODE& node);
-  bool ImportProgramme(const ORVANE::MXML::NODE& node, ORVANE::MSTR& actors);
+  bool ImportProgramme(const ORVANE::MXML::NODE& node, CElementRange elements, Scratch& scratch);
 };

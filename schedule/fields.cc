@@ -82,9 +82,9 @@ void ReadStarRating(const CScheduleItem& item, std::string_view argument, std::s
   }
   const std::size_t comma = argument.find(',');
   const std::size_t slash = rating.View().find('/');
-  const std::int64_t full = std::max(ReadNumber(rating.Characters()), 0);
+  const std::int64_t full = std::max(ReadNumber(rating.View()), 0);
   const std::int64_t maximum =
-      slash != std::string_view::npos ? ReadNumber(rating.Characters() + slash + 1) : 0;
+      slash != std::string_view::npos ? ReadNumber(rating.View().substr(slash + 1)) : 0;
   AppendMarks(argument.substr(0, comma), full, out);
   if (comma != std::string_view::npos) AppendMarks(argument.substr(comma + 1), maximum - full, out);
 }

@@ -53,7 +53,7 @@ std::string RelativeDay(FileTime local, const SystemTime& t) {
 
 // The number at an offset of a text; 0 beyond its end.
 std::int32_t NumberAt(std::string_view text, std::size_t offset) {
-  return offset < text.size() ? ReadNumber(text.data() + offset) : 0;
+  return offset < text.size() ? ReadNumber(text.substr(offset)) : 0;
 }
 
 // Digits are taken as their codes' distance from that of '0', whatever they are.

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "tests/support/test_support.h"
 #include "text/counted_text.h"
@@ -27,6 +29,25 @@ std::string Dump(const ORVANE::MXML::NODE& node) {
   }
   if (node.value.length != 0) text.append("{").append(ViewOf(node.value)).append("}");
   return children.empty() ? text : text + '(' + children + ')';
+}
+
+// The same of elements.
+std::string Dump(CSimpleXMLReader& reader, CElementRange elements) {
+  std::string text;
+  for (const CElement& element : elements) {
+    CSafeNode node;
+    reader.ParseTag(node, element.tag);
+    EXPECT_EQ(ViewOf(node.name), element.name);
+    for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {
+      EXPECT_EQ(AttributeValue(node, ViewOf(each->name)),
+                AttributeValue(element, ViewOf(each->name)));
+    }
+    text.append(text.empty() ? "" : " ").append(Dump(node));
+    if (!element.value.empty()) text.append("{").append(element.value).append("}");
+    const std::string children = Dump(reader, ChildrenOf(element));
+    if (!children.empty()) text.append("(").append(children).append(")");
+  }
+  return text;
 }
 
 // "!" when a read failed; "/" for an end tag, "+" for an open element, "-" for any other unit.
@@ -112,6 +133,7 @@ TEST(ReadElement, KeepsTextsOfAnyLengthAcrossTheStreamsWindow) {
 }
 
 // A walk of a whole file: what ends it, what the root then holds, and the unit that stands next.
+// It is walked once more for elements, which must be those of the nodes.
 std::string Walk(std::string_view bytes) {
   const TempFile file(bytes);
   CSimpleXMLReader reader;
@@ -125,7 +147,19 @@ std::string Walk(std::string_view bytes) {
   } else if (reader.ReadChildren(root, error)) {
     error = "whole";
   }
-  return std::string(ViewOf(error)) + " | " + Dump(root) + " | " + Read(reader, next);
+  const std::string walk = Dump(root) + " | " + Read(reader, next);
+  CSafeNode again;
+  ORVANE::MSTR second_error;
+  if (reader.ReadRoot(again, more)) {
+    const bool whole = reader.ReadChildren(again.name, second_error);
+    if (whole) {
+      EXPECT_EQ(Dump(root), Dump(again) + '(' + Dump(reader, reader.Children()) + ')');
+      second_error = "whole";
+    }
+    EXPECT_EQ(ViewOf(error), ViewOf(second_error));
+    EXPECT_EQ(walk.substr(walk.rfind(" | ")), " | " + Read(reader, next));
+  }
+  return std::string(ViewOf(error)) + " | " + walk;
 }
 
 TEST(Walk, EndsWhereTheFileSays) {
@@ -147,6 +181,32 @@ TEST(Walk, EndsWhereTheFileSays) {
   for (const auto& [bytes, walk] : rows) EXPECT_EQ(walk, Walk(bytes)) << bytes;
 }
 
+// Records of many lengths, some of them longer than the reader's window, so that it moves and grows
+// at many places of a record.
+TEST(Walk, GivesElementsThatStayWholeWhileTheReaderReadsOn) {
+  std::string bytes = "<r>";
+  std::vector<std::string> records;
+  for (std::size_t i = 0; i < 600; ++i) {
+    const std::string text((i * 7919) % 3000 + (i % 200 == 199 ? 400'000 : 0), 't');
+    bytes.append("<p a='1'>\n<q b='2'>" + text + "</q><s/>");
+    bytes.append("<u c='3'><w>&amp;" + text + "</w></u></p>");
+    records.push_back("q@b:2{" + text + "} s u@c:3(w{&" + text + "})");
+    if (text.empty()) records.back() = "q@b:2 s u@c:3(w{&})";
+  }
+  const TempFile file(bytes + "</r>");
+  CSimpleXMLReader reader;
+  ASSERT_TRUE(reader.Open(file.Name(), true, false, true));
+  CSafeNode root;
+  ASSERT_TRUE(reader.ReadRoot(root));
+  for (const std::string& record : records) {
+    CSafeNode node;
+    ORVANE::MSTR error;
+    ASSERT_EQ("+p@a:1{\n}", Read(reader, node));
+    ASSERT_TRUE(reader.ReadChildren(node.name, error));
+    ASSERT_EQ(record, Dump(reader, reader.Children()));
+  }
+}
+
 TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
   ORVANE::MSTR opened(std::string(1'000'000, 'o').c_str()), closed = opened;
   opened.Replace("o", "<a>");
@@ -160,6 +220,8 @@ TEST(Walk, GoesAMillionDeepAndPastALostAmpersand) {
   int depth = 0;
   for (const ORVANE::MXML::NODE* node = &root; node != nullptr; node = node->first_child) ++depth;
   EXPECT_EQ(1'000'000, depth);
+  EXPECT_TRUE(reader.ReadRoot(root) && reader.ReadChildren(root.name, error));
+  EXPECT_EQ(999'999u, (*reader.Children().begin()).count);
   root.FreeChildren();
   EXPECT_EQ("Premature end of file. | a | !+", Walk(ViewOf(opened)));
   EXPECT_EQ("!+", Units(std::string("&").append(ViewOf(opened))));

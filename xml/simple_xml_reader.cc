@@ -59,15 +59,23 @@ void Clear(MSTR& text) {
 }
 
 // Cuts a tag's text at blanks and '=' outside quotes.
+template <typename Char>
 class CTokens {
  public:
   struct Token {
-    char* begin;
-    char* end;
+    Char* begin;
+    Char* end;
     std::size_t quotes;  // in it
+
+    // An attribute's value is its token without any quotes, interior ones too. Mostly it is as
+    // simple as this.
+    bool IsPlainValue() const {
+      return quotes == 2 && Quotes::Contains(*begin) && Quotes::Contains(end[-1]);
+    }
+    std::string_view View() const { return {begin, static_cast<std::size_t>(end - begin)}; }
   };
 
-  CTokens(char* begin, char* end) : next_(begin), end_(end) {}
+  CTokens(Char* begin, Char* end) : next_(begin), end_(end) {}
 
   bool AtEnd() const { return at_end_; }
 
@@ -91,14 +99,13 @@ class CTokens {
   }
 
  private:
-  char* next_;
-  char* const end_;
+  Char* next_;
+  Char* const end_;
   bool at_end_ = false;
 };
 
-// An attribute's value is its token without any quotes, interior ones too.
-void AssignValue(MSTR& value, const CTokens::Token& token) {
-  if (token.quotes == 2 && Quotes::Contains(*token.begin) && Quotes::Contains(token.end[-1])) {
+void AssignValue(MSTR& value, const CTokens<char>::Token& token) {
+  if (token.IsPlainValue()) {
     Assign(value, token.begin + 1, token.end - 1);
   } else {
     Assign(value, token.begin, std::remove_if(token.begin, token.end, Quotes::Contains));
@@ -107,25 +114,39 @@ void AssignValue(MSTR& value, const CTokens::Token& token) {
 
 }  // namespace
 
-// Makes room behind what is still needed, the text and the bytes to look back at, and reads the
-// next block. False at the end of the stream; nothing has changed then but the place of the text.
+// Moves what is kept, the text under construction included.
+void CSimpleXMLReader::MoveKept(char* to) {
+  std::copy(kept_, text_end_, to);
+  const auto move = [this, to](std::string_view& text) {
+    if (!text.empty()) text = {to + (text.data() - kept_), text.size()};
+  };
+  for (CElement& element : elements_) {
+    move(element.tag);
+    move(element.name);
+    move(element.value);
+  }
+  text_begin_ = to + (text_begin_ - kept_);
+  text_end_ = to + (text_end_ - kept_);
+  kept_ = to;
+}
+
+// Makes room behind what is still needed, what is kept and the bytes to look back at, and reads the
+// next block. False at the end of the stream; nothing has changed then but the place of the texts.
 bool CSimpleXMLReader::Refill() {
-  const std::string_view text = Text();
+  const auto kept_bytes = static_cast<std::size_t>(text_end_ - kept_);
   const std::size_t behind = std::min(kStepBack, static_cast<std::size_t>(next_ - window_.get()));
   char look_back[kStepBack];
   std::copy(next_ - behind, next_, look_back);
-  if (text.size() + kStepBack > window_bytes_ / 2) {
-    if (text.size() > kLongestText) throw CBadAlloc();
+  if (kept_bytes + kStepBack > window_bytes_ / 2) {
+    if (kept_bytes > kLongestText) throw CBadAlloc();
     const std::size_t bytes = std::max(kWindowBytes, window_bytes_ * 2);
     auto grown = std::make_unique_for_overwrite<char[]>(bytes + kSearchOverrun);
-    std::copy(text.begin(), text.end(), grown.get());
+    MoveKept(grown.get());
     window_ = std::move(grown);
     window_bytes_ = bytes;
   } else {
-    std::memmove(window_.get(), text.data(), text.size());
+    MoveKept(window_.get());
   }
-  text_begin_ = window_.get();
-  text_end_ = text_begin_ + text.size();
   next_ = limit_ = std::copy(look_back, look_back + behind, text_end_);
   const auto room = static_cast<int>(window_.get() + window_bytes_ - next_);
   const int count = std::max(0, Read(next_, room));
@@ -163,10 +184,13 @@ inline int CSimpleXMLReader::PassBy(bool keep) {
   }
 }
 
-bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
+// Reads the next unit into a further element, which is the last one then.
+bool CSimpleXMLReader::ReadUnit(Unit& unit) {
   unit = {};
   unit.open = true;
   BeginText();
+  if (elements_.empty()) kept_ = text_begin_;
+  CElement& element = elements_.emplace_back();
   int brackets = 0;  // '<' met in this call
   bool skipping = false;
   bool in_quotes = false;  // one flag for both kinds; a '>' does not clear it
@@ -185,7 +209,7 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
       continue;
     }
     if (keep) {
-      Assign(node.value, text_begin_, text_end_);
+      element.value = Text();
       unit.valued = true;
     }
     BeginText();
@@ -194,10 +218,7 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
     while (c != '>') {
       if (c == '<') {
         unit.markup = true;
-        if (brackets == 1 && !unit.valued) {
-          Clear(node.value);
-          unit.valued = true;
-        }
+        if (brackets == 1) unit.valued = true;
         ++brackets;
         c = ReadOne();
         if (c == kEnd) return false;
@@ -232,15 +253,35 @@ bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
       if (c == kEnd) return false;
     }
     if (!unit.parsed) {
-      CutTag(node, text_begin_, text_end_);
+      element.tag = Text();
+      element.name = CTokens(text_begin_, text_end_).Next().View();
       unit.parsed = true;
       unit.end_tag = is_end_tag;
-    } else if (ViewOf(node.name) != Text()) {
+    } else if (element.name != Text()) {
       return false;
     }
     if (!unit.open) return true;
     BeginText();
   }
+}
+
+bool CSimpleXMLReader::ReadUnit(CSafeNode& node, Unit& unit) {
+  elements_.clear();
+  const bool whole = ReadUnit(unit);
+  const CElement element = elements_.back();
+  elements_.clear();
+  const auto in_window = [this](std::string_view text) {
+    return text.empty() ? kept_ : window_.get() + (text.data() - window_.get());
+  };
+  if (unit.valued) {
+    char* const begin = in_window(element.value);
+    Assign(node.value, begin, begin + element.value.size());
+  }
+  if (unit.parsed) {
+    char* const begin = in_window(element.tag);
+    CutTag(node, begin, begin + element.tag.size());
+  }
+  return whole;
 }
 
 bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
@@ -251,19 +292,9 @@ bool CSimpleXMLReader::ReadElement(CSafeNode& node, bool& open, bool& end_tag) {
   return whole;
 }
 
-bool CSimpleXMLReader::ReadNewElement(CSafeNode& node, bool& open, bool& end_tag) {
-  Unit unit;
-  const bool whole = ReadUnit(node, unit);
-  if (!unit.parsed) Clear(node.name);
-  if (!unit.valued) Clear(node.value);
-  open = unit.open;
-  end_tag = unit.end_tag;
-  return whole;
-}
-
 bool CSimpleXMLReader::ReadRoot(CSafeNode& root, bool& more) {
   Seek(0, SEEK::Start);
-  text_begin_ = text_end_ = next_ = limit_ = window_.get();
+  kept_ = text_begin_ = text_end_ = next_ = limit_ = window_.get();
   limit_offset_ = 0;
   Unit unit;
   while (ReadUnit(root, unit)) {
@@ -316,20 +347,41 @@ class CSimpleXMLReader::COpenPath {
 };
 
 bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
-  COpenPath path(open_, parent);
+  COpenPath path(levels_, parent);
   for (;;) {
-    auto node = NewNode();
+    auto node = std::make_unique<CSafeNode>();
     bool open = false;
     bool end_tag = false;
-    if (!ReadNewElement(*node, open, end_tag) || end_tag) {
-      if (!CheckEndTag(end_tag, path.Innermost().name, node->name, error)) return false;
-      TakeBack(std::move(node));
+    if (!ReadElement(*node, open, end_tag) || end_tag) {
+      if (!CheckEndTag(end_tag, ViewOf(path.Innermost().name), ViewOf(node->name), error)) {
+        return false;
+      }
       if (path.IsAtParent()) return true;
       path.Close();
     } else if (open) {
       path.Enter(std::move(node));
     } else {
       path.Append(std::move(node));
+    }
+  }
+}
+
+bool CSimpleXMLReader::ReadChildren(const MSTR& parent, MSTR& error, Enter* enter) {
+  elements_.clear();
+  open_.clear();
+  for (;;) {
+    Unit unit;
+    if (!ReadUnit(unit) || unit.end_tag) {
+      const std::string_view expected =
+          open_.empty() ? ViewOf(parent) : elements_[open_.back()].name;
+      if (!CheckEndTag(unit.end_tag, expected, elements_.back().name, error)) return false;
+      elements_.pop_back();
+      if (open_.empty()) return true;
+      elements_[open_.back()].count = elements_.size() - open_.back();
+      open_.pop_back();
+    } else if (unit.open) {
+      if (enter != nullptr && !enter(elements_.back(), error)) return false;
+      open_.push_back(elements_.size() - 1);
     }
   }
 }
@@ -343,15 +395,15 @@ bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
 
 // The same for a tag that may be changed, a byte behind its end included.
 void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
-  if (node.first_attribute != nullptr) pool_.TakeBackAttributes(node);
+  if (node.first_attribute != nullptr) attributes_.TakeBack(node);
   MXML::ATTRIB** link = &node.first_attribute;  // of the next attribute
   CTokens tokens(begin, end);
-  const CTokens::Token name = tokens.Next();
+  const auto name = tokens.Next();
   AssignName(node.name, name.begin, name.end);
   // Names and values alternate; blanks around '=' therefore separate a value from its name.
   while (!tokens.AtEnd()) {
-    auto attribute = pool_.TakeAttribute();
-    const CTokens::Token attribute_name = tokens.Next();
+    auto attribute = attributes_.Take();
+    const auto attribute_name = tokens.Next();
     AssignName(attribute->name, attribute_name.begin, attribute_name.end);
     if (tokens.AtEnd()) {
       Clear(attribute->value);
@@ -363,13 +415,29 @@ void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
   }
 }
 
-bool CheckEndTag(bool end_tag, const MSTR& expected, const MSTR& found, MSTR& error) {
+std::string AttributeValue(const CElement& element, std::string_view name) {
+  CTokens tokens(element.tag.data(), element.tag.data() + element.tag.size());
+  static_cast<void>(tokens.Next());
+  while (!tokens.AtEnd()) {
+    const bool found = tokens.Next().View() == name;
+    if (tokens.AtEnd()) break;
+    const auto value = tokens.Next();
+    if (!found) continue;
+    std::string text(value.View());
+    std::erase_if(text, Quotes::Contains);
+    return text;
+  }
+  return {};
+}
+
+bool CheckEndTag(bool end_tag, std::string_view expected, std::string_view found, MSTR& error) {
   if (!end_tag) {
     error = "Premature end of file.";
     return false;
   }
-  if (ViewOf(expected) != ViewOf(found)) {
-    error.Format("<%s> end tag is bad, found <%s>.", expected.text, found.text);
+  if (expected != found) {
+    error.Format("<%s> end tag is bad, found <%s>.", std::string(expected).c_str(),
+                 std::string(found).c_str());
     return false;
   }
   return true;

@@ -7,7 +7,7 @@
 // them.
 //
 // Ownership: the caller owns the nodes it hands in, and with them the trees below. What it gives
-//   back by `Recycle` and `TakeBack` waits in the reader to be used again.
+//   back by `Recycle` waits in the reader to be used again.
 // Threads: a reader belongs to the thread of its import. [loader]
 // Errors: CBadAlloc and std::bad_alloc when memory runs out.
 #pragma once
@@ -16,12 +16,12 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "host/mstr.h"
 #include "host/mstrm.h"
-#include "xml/node_pool.h"
+#include "xml/attribute_pool.h"
+#include "xml/elements.h"
 #include "xml/safe_node.h"
 
 // The reader reads the stream ahead, in blocks, into a window of its own. So whoever seeks the
@@ -29,13 +29,17 @@
 //
 // A text under construction, a tag's or an element's, stands in the window too, where its bytes
 // were read, and what is no part of it is closed up. There is never more than one: a tag's text is
-// done with at its '>', an element's at the next '<'.
+// done with at its '>', an element's at the next '<'. Finished texts stay in front of it for as
+// long as there are elements that view them.
 //
 // Invariants, of a window that has bytes:
-// 1. window <= text_begin <= text_end <= next <= limit, all in the window.
+// 1. window <= kept <= text_begin <= text_end <= next <= limit, all in the window.
 // 2. Of the bytes before `next`, two are there, or as many as the stream has had.
+// 3. Texts of elements stand in [kept, text_end) or are empty.
 class CSimpleXMLReader final : public ORVANE::MSTRM {
  public:
+  using Enter = bool(const CElement& element, ORVANE::MSTR& error);
+
   // Rewinds, and reads the document's first element that has child elements; markup before it is
   // read into the same node and overwritten. True: the next unit is that element's first child.
   // False: the stream ended first, or a tag was closed by another name; `more` then tells whether
@@ -60,18 +64,18 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   // Sets the node's name and attributes from what stands between '<' and '>'. Always true.
   bool ParseTag(CSafeNode& node, std::string_view tag);
 
-  // A node for ReadNewElement, without children and attributes.
-  std::unique_ptr<CSafeNode> NewNode() { return pool_.TakeNode(); }
-  // ReadElement into a node by NewNode, which may hold the name and value of an earlier element:
-  // what the unit has none of is empty afterwards.
-  bool ReadNewElement(CSafeNode& node, bool& open, bool& end_tag);
-  void TakeBack(std::unique_ptr<CSafeNode> node) { pool_.TakeBack(std::move(node)); }
+  // Reads what is below an open element named `parent` in the same way, as views instead of nodes.
+  // `enter` is asked before the children of an element are read; when it says no, which it gives
+  // the reason for, the call fails.
+  bool ReadChildren(const ORVANE::MSTR& parent, ORVANE::MSTR& error, Enter* enter = nullptr);
+  // What that call has read. Empty as soon as the reader has read anything else.
+  CElementRange Children() const { return {elements_.data(), elements_.data() + elements_.size()}; }
 
   // Frees children and attributes of a node that this reader has filled, for later ones; the node
   // keeps its own name and value.
   void Recycle(CSafeNode& node) {
-    pool_.TakeBackChildren(node);
-    pool_.TakeBackAttributes(node);
+    attributes_.TakeBack(node);
+    node.FreeChildren();
   }
 
   // Where the next unit begins to be read, in bytes from the stream's start.
@@ -83,8 +87,8 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
     bool open;
     bool end_tag;
     bool markup;  // a '<' was met
-    bool parsed;  // the node's name was set
-    bool valued;  // the node's value was set
+    bool parsed;  // it has a tag
+    bool valued;  // it has a value, which may be empty
   };
   // An open element, and the last of its children so far.
   struct Level {
@@ -92,6 +96,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
     ORVANE::MXML::NODE* last_child;
   };
 
+  bool ReadUnit(Unit& unit);
   bool ReadUnit(CSafeNode& node, Unit& unit);
   void CutTag(CSafeNode& node, char* begin, char* end);
 
@@ -104,6 +109,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   template <typename Marks>
   int PassBy(bool keep);
   bool Refill();
+  void MoveKept(char* to);
 
   void BeginText() { text_begin_ = text_end_ = next_; }
   void AddToText(const char* begin, const char* end);
@@ -114,16 +120,19 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
 
   std::unique_ptr<char[]> window_;
   std::size_t window_bytes_ = 0;
+  char* kept_ = nullptr;
   char* text_begin_ = nullptr;
   char* text_end_ = nullptr;
   char* next_ = nullptr;           // the next byte to read
   char* limit_ = nullptr;          // behind the last byte held
   std::int64_t limit_offset_ = 0;  // the stream's offset at `limit_`
 
-  CNodePool pool_;
-  std::vector<Level> open_;  // of ReadChildren, innermost last: depth costs heap, not stack
+  CAttributePool attributes_;
+  std::vector<Level> levels_;       // of trees, innermost last: depth costs heap, not stack
+  std::vector<CElement> elements_;  // the one that is being read last
+  std::vector<std::size_t> open_;   // those of them that are open
 };
 
 // True when an end tag was read and bears the expected name; otherwise `error` says what is wrong.
-bool CheckEndTag(bool end_tag, const ORVANE::MSTR& expected, const ORVANE::MSTR& found,
+bool CheckEndTag(bool end_tag, std::string_view expected, std::string_view found,
                  ORVANE::MSTR& error);
