@@ -96,6 +96,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
     ORVANE::MXML::NODE* last_child;
   };
 
+  bool ReadUsualUnit(CElement& element, Unit& unit);
   bool ReadUnit(Unit& unit);
   bool ReadUnit(CSafeNode& node, Unit& unit);
   void CutTag(CSafeNode& node, char* begin, char* end);
