@@ -21,8 +21,7 @@ bool RefuseSubElements(const CElement& field, MSTR& status) {
 }
 
 // Programmes of the same title and texts are one programme: the key is "RT-", the title up to a
-// NUL,
-// '-' and the sum of the texts' hashes as a signed number.
+// NUL, '-' and the sum of the texts' hashes as a signed number.
 std::string ProgramKey(std::string_view title, std::string_view description,
                        std::string_view episode) {
   const auto id = [](std::string_view text) {
