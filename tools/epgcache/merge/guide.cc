@@ -150,10 +150,11 @@ std::uint32_t Guide::File(std::span<const std::string> fields, char mark, Fields
     text_.Append(fields_, fields[number], unencodable);
     fields_.append("</").append(tag).append(">");
   }
-  const auto [entry, is_new] =
-      where.numbers.try_emplace(fields_, static_cast<std::uint32_t>(where.texts.size()));
-  if (is_new) where.texts.push_back(&entry->first);
-  const std::uint32_t number = entry->second;
+  const auto keep = [this, &where] {
+    const auto number = static_cast<std::uint32_t>(where.texts.size());
+    return &where.texts.emplace_back(Fields::Text{where.characters.Keep(fields_), number});
+  };
+  const std::uint32_t number = where.known.FindOrAdd(fields_, keep).first->number;
   if (unencodable.transliterated != 0) where.unencodable[number] = unencodable;
   return number;
 }

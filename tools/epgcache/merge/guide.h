@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <span>
 #include <string>
@@ -14,7 +15,9 @@
 #include <utility>
 #include <vector>
 
-#include "schedule/key_hash.h"
+#include "schedule/record_map.h"
+#include "schedule/text.h"
+#include "schedule/text_blocks.h"
 #include "tools/epgcache/merge/times.h"
 #include "tools/epgcache/read/programme.h"
 #include "tools/epgcache/tally.h"
@@ -77,8 +80,12 @@ class Guide final : public GuideConsumer {
   // The requested stations, each with its items by start.
   const std::vector<Station>& Stations() const { return stations_; }
   // The fields of a programme, or an item, as they stand in the file.
-  std::string_view ProgrammeText(std::uint32_t number) const { return *programmes_.texts[number]; }
-  std::string_view DetailsText(std::uint32_t number) const { return *details_.texts[number]; }
+  std::string_view ProgrammeText(std::uint32_t number) const {
+    return programmes_.texts[number].key.View();
+  }
+  std::string_view DetailsText(std::uint32_t number) const {
+    return details_.texts[number].key.View();
+  }
   std::size_t ProgrammeTexts() const { return programmes_.texts.size(); }
   // What the encoding lacks of them.
   Unencodable UnencodableOfProgramme(std::uint32_t number) const;
@@ -91,13 +98,15 @@ class Guide final : public GuideConsumer {
   }
 
  private:
-  struct Hash {
-    std::size_t operator()(const std::string& text) const { return KeyHash(text); }
-  };
   // Texts, each once, numbered from 0 in order of arrival; and what is unencodable in some of them.
   struct Fields {
-    std::unordered_map<std::string, std::uint32_t, Hash> numbers;
-    std::vector<const std::string*> texts;
+    struct Text {
+      CText key;
+      std::uint32_t number;
+    };
+    CTextBlocks characters;
+    std::deque<Text> texts;
+    CRecordMap<Text> known;
     std::unordered_map<std::uint32_t, Unencodable> unencodable;
   };
 
