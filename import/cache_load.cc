@@ -1,13 +1,11 @@
 #include "import/cache_load.h"
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <utility>
 
 #include "import/listings_import.h"
+#include "import/program_finder.h"
 #include "import/record_readers.h"
 #include "platform/services.h"
 #include "text/counted_text.h"
@@ -19,37 +17,6 @@ namespace {
 
 // The numbers of the fields are the format's, whatever kind of provider the data came from.
 constexpr ProviderKind kNumbered = ProviderKind::kOther;
-
-// Finds the programmes of items a few items late. Meanwhile the processor fetches the memory that
-// each search looks at, which is a tenth of a load faster than waiting for it.
-class CProgramFinder {
- public:
-  explicit CProgramFinder(const CProviderData& store) : store_(store) {}
-
-  void Add(CScheduleItem& item) {
-    store_.PrefetchProgram(item.program_key.View());
-    const CScheduleItem* const halfway = waiting_[(added_ + kWaiting / 2) % kWaiting];
-    if (halfway != nullptr) store_.PrefetchProgramKey(halfway->program_key.View());
-    Find(std::exchange(waiting_[added_ % kWaiting], &item));
-    ++added_;
-  }
-
-  // Finds what has not been found yet.
-  void Finish() {
-    for (CScheduleItem*& item : waiting_) Find(std::exchange(item, nullptr));
-  }
-
- private:
-  static constexpr std::size_t kWaiting = 8;
-
-  void Find(CScheduleItem* item) const {
-    if (item != nullptr) item->program = store_.FindProgram(item->program_key.View());
-  }
-
-  const CProviderData& store_;
-  std::array<CScheduleItem*, kWaiting> waiting_ = {};  // the oldest is replaced by the next
-  std::size_t added_ = 0;
-};
 
 bool LoadPrograms(CCacheLoad& load) {
   CSafeNode& record = load.record;

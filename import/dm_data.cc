@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "import/listings_import.h"
+#include "import/program_finder.h"
 #include "import/record_readers.h"
 #include "platform/services.h"
 #include "schedule/text_number.h"
@@ -87,14 +88,17 @@ bool CDMData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicator*
   std::int32_t stations = 0;
   std::int32_t programs = 0;
   std::int32_t items = 0;
+  CProgramFinder finder(*this);
   const bool complete =
       ImportRecords(*data, "Stations", status, stations,
                     [&](const MXML::NODE& node) { return ImportStation(node); }) &&
       ImportRecords(*data, "Programs", status, programs,
                     [&](const MXML::NODE& node) { return ImportProgram(node); }) &&
-      ImportRecords(*data, "Schedules", status, items,
-                    [&](const MXML::NODE& node) { return ImportScheduleItem(node, base_time); });
+      ImportRecords(*data, "Schedules", status, items, [&](const MXML::NODE& node) {
+        return ImportScheduleItem(node, base_time, finder);
+      });
   if (!complete) return false;
+  finder.Finish();
   IndexStations(*this);
 
   const std::uint32_t load = load_end - load_start;
@@ -126,11 +130,14 @@ bool CDMData::ImportProgram(const MXML::NODE& node) {
   return program.IsEmpty();
 }
 
-bool CDMData::ImportScheduleItem(const MXML::NODE& node, std::int32_t base_time) {
+bool CDMData::ImportScheduleItem(const MXML::NODE& node, std::int32_t base_time,
+                                 CProgramFinder& finder) {
   auto item = NewItem();
   ReadScheduleItemFields(node, Kind(), base_time, item);
   CStation* const station = FindStation(item->station_key.View());
   if (station == nullptr) return false;
-  item->program = FindProgram(item->program_key.View());
-  return station->Insert(item);
+  CScheduleItem& filed = *item;
+  if (!station->Insert(item)) return false;
+  finder.Add(filed);
+  return true;
 }

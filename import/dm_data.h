@@ -10,6 +10,8 @@
 #include "host/mxml.h"
 #include "schedule/provider_data.h"
 
+class CProgramFinder;
+
 class CDMData final : public CProviderData {
  public:
   CDMData() : CProviderData(ProviderKind::kTitanTV) {}
@@ -22,5 +24,6 @@ class CDMData final : public CProviderData {
   // File one element; false when it was refused.
   bool ImportStation(const ORVANE::MXML::NODE& node);
   bool ImportProgram(const ORVANE::MXML::NODE& node);
-  bool ImportScheduleItem(const ORVANE::MXML::NODE& node, std::int32_t base_time);
+  bool ImportScheduleItem(const ORVANE::MXML::NODE& node, std::int32_t base_time,
+                          CProgramFinder& finder);
 };

@@ -19,7 +19,7 @@ namespace {
 template <typename Record>
 struct Field {
   std::int32_t number;
-  const char* titan_name;
+  std::string_view titan_name;  // empty: there is none
   void (*assign)(Record& record, std::string_view text, std::int32_t base_time, CTextBlocks& texts);
 };
 
@@ -48,8 +48,8 @@ constexpr Field<CStation> kStationFields[] = {
     {2, "network", AssignText<CStation, &CStation::network>},
     {3, "call_sign", AssignText<CStation, &CStation::call_sign>},
     {4, "rf_channel", AssignNumber<CStation, &CStation::rf_channel>},
-    {5, nullptr, AssignNumber<CStation, &CStation::second_channel>},
-    {6, nullptr, AssignNumber<CStation, &CStation::third_channel>},
+    {5, "", AssignNumber<CStation, &CStation::second_channel>},
+    {6, "", AssignNumber<CStation, &CStation::third_channel>},
 };
 
 constexpr Field<CProgram> kProgramFields[] = {
@@ -60,12 +60,12 @@ constexpr Field<CProgram> kProgramFields[] = {
     {5, "genre", AssignText<CProgram, &CProgram::genre>},
     {6, "show_type", AssignText<CProgram, &CProgram::show_type>},
     {7, "director", AssignText<CProgram, &CProgram::director>},
-    {8, nullptr, AssignText<CProgram, &CProgram::actors>},
-    {9, nullptr, AssignText<CProgram, &CProgram::publish_date>},
+    {8, "", AssignText<CProgram, &CProgram::actors>},
+    {9, "", AssignText<CProgram, &CProgram::publish_date>},
     {10, "language", AssignText<CProgram, &CProgram::language>},
-    {11, nullptr, AssignText<CProgram, &CProgram::rating_bbfc>},
-    {12, nullptr, AssignText<CProgram, &CProgram::star_rating>},
-    {13, nullptr, AssignText<CProgram, &CProgram::black_and_white>},
+    {11, "", AssignText<CProgram, &CProgram::rating_bbfc>},
+    {12, "", AssignText<CProgram, &CProgram::star_rating>},
+    {13, "", AssignText<CProgram, &CProgram::black_and_white>},
 };
 
 constexpr Field<CScheduleItem> kScheduleItemFields[] = {
@@ -79,17 +79,17 @@ constexpr Field<CScheduleItem> kScheduleItemFields[] = {
     {8, "fv_rating", AssignText<CScheduleItem, &CScheduleItem::rating_fv>},
     {9, "other_rating", AssignText<CScheduleItem, &CScheduleItem::rating_other>},
     {10, "repeat", AssignText<CScheduleItem, &CScheduleItem::repeat>},
-    {11, nullptr, AssignText<CScheduleItem, &CScheduleItem::aspect>},
-    {12, nullptr, AssignText<CScheduleItem, &CScheduleItem::subtitles>},
-    {13, nullptr, AssignText<CScheduleItem, &CScheduleItem::new_marker>},
-    {14, nullptr, AssignText<CScheduleItem, &CScheduleItem::premiere>},
+    {11, "", AssignText<CScheduleItem, &CScheduleItem::aspect>},
+    {12, "", AssignText<CScheduleItem, &CScheduleItem::subtitles>},
+    {13, "", AssignText<CScheduleItem, &CScheduleItem::new_marker>},
+    {14, "", AssignText<CScheduleItem, &CScheduleItem::premiere>},
     {0, "station_id", AssignText<CScheduleItem, &CScheduleItem::station_key>},
 };
 
 template <typename Record>
 const Field<Record>* FindByName(std::span<const Field<Record>> fields, std::string_view name) {
   for (const Field<Record>& field : fields) {
-    if (field.titan_name != nullptr && name == field.titan_name) return &field;
+    if (name == field.titan_name && !name.empty()) return &field;
   }
   return nullptr;
 }
