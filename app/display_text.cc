@@ -29,7 +29,7 @@ struct Glyph {
 // Selects the emoji form of a character, which is two columns wide.
 constexpr char32_t kPictureSelector = U'\ufe0f';
 
-// Takes the first character off a text that is not empty, with a picture selector behind it.
+// Takes the first character off a text that is not empty, with a picture selector after it.
 Glyph TakeGlyph(std::string_view& text) {
   const Utf8Character character = DecodeUtf8(text);
   const bool is_utf8 = character.bytes != 0;

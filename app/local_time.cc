@@ -62,7 +62,7 @@ std::vector<int> Numbers(std::string_view word, char between) {
   }
 }
 
-// From 1; 0 for what is no month.
+// From 1; 0 for what is not a month.
 int MonthOf(std::string_view word) {
   if (word.size() < 3) return 0;
   const auto* const found = std::find(std::begin(kMonths), std::end(kMonths), word.substr(0, 3));
@@ -148,7 +148,7 @@ class MomentReader {
     return TakeDayAndMonth();
   }
 
-  // "23 nov" or "nov 23", with or without a year behind it.
+  // "23 nov" or "nov 23", with or without a year after it.
   bool TakeDayAndMonth() {
     if (at_ + 1 == words_.size()) return false;
     const bool day_first = Number(words_[at_]).has_value();

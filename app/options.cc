@@ -56,7 +56,7 @@ void CheckTime(const char* option, const std::string& text) {
   if (text.empty() || ReadMoment(text, 0)) return;
   throw CLI::ValidationError(
       option, text +
-                  " is no time; write it as 20:15, \"tomorrow 20:15\", \"2026-11-23 20:15\" or "
+                  " is not a time; write it as 20:15, \"tomorrow 20:15\", \"2026-11-23 20:15\" or "
                   "\"23 Nov 8pm\"");
 }
 
@@ -68,9 +68,10 @@ void Interpret(const Lists& lists, Options& options) {
   for (const std::string& field : options.fields) {
     constexpr std::string_view kFields[] = {"title", "episode", "people", "description"};
     if (std::find(std::begin(kFields), std::end(kFields), field) == std::end(kFields))
-      throw CLI::ValidationError("--in", field +
-                                             " is no field; there are title, episode, people and "
-                                             "description");
+      throw CLI::ValidationError("--in",
+                                 field +
+                                     " is not a field; there are title, episode, people and "
+                                     "description");
   }
   CheckTime("--at", options.at);
   CheckTime("--from", options.from);
@@ -144,7 +145,7 @@ void Declare(CLI::App& app, Options& options, Lists& lists) {
   for (CLI::App* const command : app.get_subcommands(nullptr)) {
     command->set_help_flag("-h,--help", "print this help and exit");
     command->footer("");
-    command->fallthrough();  // --plugin may stand behind the command
+    command->fallthrough();  // --plugin may come after the command
   }
   app.footer(kFooter);
 }

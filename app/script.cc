@@ -92,7 +92,7 @@ class LineParser {
 
   bool Text(std::string& text) {
     for (;;) {
-      if (AtEnd()) return Fault("a text lacks its closing quotation mark");
+      if (AtEnd()) return Fault("a text has no closing quotation mark");
       const char c = text_[at_++];
       if (c == '"') return true;
       if (c != '\\') {

@@ -19,8 +19,8 @@ class TextSearch {
   // Finds texts that hold every word, in any order.
   explicit TextSearch(const std::vector<std::string>& words);
 
-  // The words that a text lacks, as bits; `missing` are those looked for. A search has 64 words at
-  // most, those behind them are not looked for.
+  // The words that a text does not contain, as bits; `missing` are those looked for. A search looks
+  // for its first 64 words only.
   std::uint64_t Missing(std::string_view text, std::uint64_t missing) const;
   std::uint64_t All() const;
 

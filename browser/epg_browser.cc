@@ -123,7 +123,7 @@ void CEPGBrowser::LoadSchedule(const MSTR& file_name, MSTR& status_text,
   } catch (const std::exception& error) {
     fail(error.what());
   }
-  // A replaced schedule ends here, away from the engine's thread, unless somebody still reads it.
+  // A replaced schedule ends here, away from the engine's thread, unless it is still being read.
   schedule_.Exchange(std::move(schedule));
 }
 

@@ -1,6 +1,6 @@
 // The scene entity that owns one schedule and loads it from a listings file in the background.
 //
-// Ownership: the browser owns its schedule, together with whoever is still reading it, and its
+// Ownership: the browser owns its schedule, together with every call that still reads it, and its
 //   loader.
 // Threads: the engine's thread creates, ticks and destroys; the loader's thread replaces the
 //   schedule at the end of a load.

@@ -32,7 +32,7 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
   // text says so. [engine]
   bool StartLoad();
 
-  // Asks for the end of the load and waits for it; nobody adopts it from then on. There is no time
+  // Asks for the end of the load and waits for it; it is not adopted from then on. There is no time
   // limit: an import that never asks whether to go on runs to its end. [engine]
   void StopAndWait();
 
@@ -47,7 +47,7 @@ class CEPGLoaderThread final : public CProgressIndicator, public ORVANE::MTHREAD
     kMade,       // not started
     kRunning,    // from Start on
     kEnded,      // the result is with the owner, who is to adopt it
-    kStopping,   // running still; nobody waits for the result
+    kStopping,   // still running; the result is not wanted
     kAbandoned,  // ended, and not to be adopted
   };
 

@@ -40,7 +40,7 @@ void CheckStation(const CStation& station) {
   for (const CScheduleItem* item = station.FirstItem(); item != nullptr; item = item->next) {
     Check(item->previous == before, "links go both ways");
     Check(before == nullptr || before->start < item->start, "starts increase strictly");
-    Check(item->end <= end, "no item ends behind the schedule's end");
+    Check(item->end <= end, "no item ends after the schedule's end");
     const std::int64_t bucket = (item->start - station.IndexBase()) / CStation::kBucketMinutes;
     Check(item->start >= station.IndexBase() && bucket < station.Buckets().Count(),
           "every item lies in the table");

@@ -21,7 +21,7 @@ std::string Marks(bool result, bool open, bool end_tag) {
   return (result ? std::string() : "!") + (end_tag ? '/' : open ? '+' : '-');
 }
 
-// The next unit as "marks name@attribute:value{text}", what it lacks left out.
+// The next unit as "marks name@attribute:value{text}", with empty parts left out.
 std::string ReadUnit(CSimpleXMLReader& reader, CSafeNode& node) {
   bool open = false;
   bool end_tag = false;

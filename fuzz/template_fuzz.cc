@@ -1,4 +1,4 @@
-// Templates, expanded for a broadcast that has some fields and lacks others.
+// Templates, expanded for a broadcast that has some fields and not others.
 
 #include <algorithm>
 #include <string>
@@ -85,7 +85,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (text.find_first_of("$[]\\") == std::string_view::npos) {
     fuzz::Check(result == text, "a plain text expands to itself");
   }
-  // Escaped whole, any text is plain; only 'n' and 't' mean something behind a backslash.
+  // Escaped whole, any text is plain; only 'n' and 't' mean something after a backslash.
   if (text.find_first_of("nt") == std::string_view::npos) {
     std::string escaped;
     for (const char c : text) escaped.append("\\").append(1, c);

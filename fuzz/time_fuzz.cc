@@ -1,4 +1,4 @@
-// Date and time texts: a first byte for the layout, then the text, and a time text behind a NUL.
+// Date and time texts: a first byte for the layout, then the text, and a time text after a NUL.
 
 #include "fuzz/fuzz_support.h"
 #include "platform/services.h"

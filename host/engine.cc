@@ -48,7 +48,8 @@ std::unique_ptr<PLUGIN> PLUGIN::Load(const char* path, std::string& error) {
   plugin->initialise_ = SYSTEM::FindFunction(plugin->library_, "Initialise");
   plugin->release_ = SYSTEM::FindFunction(plugin->library_, "Release");
   if (plugin->initialise_ == nullptr || plugin->release_ == nullptr) {
-    error = std::string(path) + ": not a plug-in: it lacks the functions Initialise and Release";
+    error = std::string(path) +
+            ": not a plug-in: it does not have the functions Initialise and Release";
     return nullptr;
   }
   return plugin;

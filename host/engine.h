@@ -26,7 +26,7 @@ namespace ORVANE {
 // Every entity and instance of its classes must be given back before Release.
 class ORVANE_API PLUGIN {
  public:
-  // Null when the library cannot be loaded or is no plug-in; `error` then says why.
+  // Null when the library cannot be loaded or is not a plug-in; `error` then says why.
   static std::unique_ptr<PLUGIN> Load(const char* path, std::string& error);
   PLUGIN(const PLUGIN&) = delete;
   PLUGIN& operator=(const PLUGIN&) = delete;
@@ -61,7 +61,7 @@ ORVANE_API bool HasClass(const char* class_name);
 // give. [any]
 ORVANE_API OBJECTPTR CreateObject(const char* class_name);
 
-// The same; null also when it is no entity class.
+// The same; null also when it is not an entity class.
 ORVANE_API ENTITYPTR CreateEntity(const char* class_name);
 
 // A script class as its maker has described it.
@@ -85,7 +85,7 @@ ORVANE_API std::unique_ptr<MODULEINFO> DescribeModule(std::string_view script_cl
 // or it has none to give. [any]
 ORVANE_API INSTANCEPTR CreateInstance(std::string_view script_class);
 
-// Binds an instance to an entity, or to nothing; false when it is no entity instance.
+// Binds an instance to an entity, or to nothing; false when it is not an entity instance.
 ORVANE_API bool Bind(MSSINSTANCE& instance, ENTITY* entity);
 
 // One call of a script method. It may be on any thread, and stays on it.

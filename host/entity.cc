@@ -4,7 +4,7 @@
 
 namespace ORVANE {
 
-// Outlives the object for as long as somebody refers to it.
+// Outlives the object for as long as anything refers to it.
 struct MMONOBJ::MONITOR {
   std::atomic<int> references = 1;
   std::atomic<MMONOBJ*> object = nullptr;

@@ -91,7 +91,7 @@ class ORVANE_API ENTITY : public MGDNODE {
     MSS();
     ~MSS() override;
 
-    // Copies the binding; false when `other` is no entity instance.
+    // Copies the binding; false when `other` is not an entity instance.
     bool Copy(const MSSINSTANCE* other) override;
     // Equal when both are bound to the same entity.
     int Compare(const MSSINSTANCE* other) const override;

@@ -41,7 +41,7 @@ class ORVANE_API MOBJ {
   virtual const SREC* _GetSerializeRecord() const;
   virtual bool Read(MBUFFER& buffer);
   virtual bool Write(MBUFFER& buffer) const;
-  // Gives the object back to whoever made it; here: destroys it.
+  // Gives the object back to its maker; here: destroys it.
   virtual void Release();
   virtual bool OnMessage(int message, void* data);
 };

@@ -45,7 +45,7 @@ class ORVANE_API MSTR {
   std::uint32_t Id() const;
 
   // To be read. They change when the text is changed by the operations above, and only then.
-  const char* text;  // `length` characters, and a NUL behind them
+  const char* text;  // `length` characters, and a NUL after them
   std::uint32_t length;
 
  private:

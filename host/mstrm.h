@@ -60,7 +60,7 @@ class ORVANE_API MBUFFER {
   char* window_;                 // Owned.
   int size_;                     // of the window
   const char* next_;             // the next byte to read
-  const char* limit_;            // behind the last byte held
+  const char* limit_;            // after the last byte held
   std::int64_t limit_position_;  // the medium's offset at `limit_`
 };
 
@@ -73,7 +73,7 @@ class ORVANE_API MSTRM : public MBUFFER {
   using MBUFFER::Open;
 
   // Opens a file; false when it cannot be opened as asked. This stream only reads regular files
-  // that exist: a directory or a pipe has no place to seek to, and a pipe that nobody writes to
+  // that exist: a directory or a pipe has no place to seek to, and a pipe without a writer
   // would hold its reader for ever.
   bool Open(const MSTR& name, bool read, bool write, bool existing);
 

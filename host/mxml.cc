@@ -28,7 +28,7 @@ MXML::NODE* MXML::NODE::FindNode(const char* wanted) const {
   for (NODE* child = first_child; child != nullptr; child = child->next_sibling) {
     if (TEXTS::View(child->name) == wanted_name) return child;
   }
-  // The nodes behind those that are being looked into, innermost last: depth costs no stack.
+  // The siblings that follow the nodes being looked into, innermost last: depth costs no stack.
   std::vector<NODE*> behind;
   NODE* node = first_child;
   while (node != nullptr) {
@@ -218,7 +218,7 @@ class PARSER {
 
  private:
   // An element that has not been closed. Its text so far ends the texts of all such elements, which
-  // stand one behind the other: what an inner one adds is taken off when it is closed.
+  // follow one another: what an inner one adds is taken off when it is closed.
   struct OPEN {
     MXML::NODE* node;
     std::size_t text_begin;

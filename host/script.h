@@ -1,6 +1,6 @@
 // Script classes, their instances and values, and calls of their methods.
 //
-// Ownership: an instance goes back to whoever made it through its virtual Release. A script class
+// Ownership: an instance goes back to its maker through its virtual Release. A script class
 //   is owned by the guest or engine part that made it.
 // Threads: a call belongs to one thread; classes are changed only while they are built.
 #pragma once
@@ -49,7 +49,7 @@ class ORVANE_API MSSMODULE : public MREFOBJ {
   STATE* const state_;  // Owned.
 };
 
-// A script value. Operators that a class lacks answer false.
+// A script value. Operators that a class does not define answer false.
 class ORVANE_API MSSINSTANCE : public MREFOBJ {
  public:
   MSSINSTANCE();

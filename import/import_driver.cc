@@ -24,7 +24,7 @@ struct Request {
 using Importer = bool (CProviderData::*)(const MSTR& file_name, MSTR& status,
                                          CProgressIndicator* progress);
 
-// Has the store read the file. A failure's own text goes to the log, behind `punctuation`; the
+// Has the store read the file. A failure's own text goes to the log, after `punctuation`; the
 // user gets a general one.
 std::shared_ptr<CProviderData> Import(std::shared_ptr<CProviderData> store, Importer importer,
                                       const Request& request, char punctuation) {

@@ -34,7 +34,7 @@ void AnnounceRange(CSimpleXMLReader& reader, CProgressIndicator* progress);
 
 // Reads the children of an open element into `child`, one after the other, up to the element's end
 // tag. `handle` gets each with the flag that tells whether the child's own children follow in the
-// stream, and must consume those; `child` is emptied behind it. False when `handle` says so or the
+// stream, and must consume those; `child` is emptied after it. False when `handle` says so or the
 // end tag is not the element's; `status` then holds the reason.
 template <typename Handler>
 [[nodiscard]] bool ForEachChild(CSimpleXMLReader& reader, const ORVANE::MSTR& element,

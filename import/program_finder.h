@@ -3,7 +3,7 @@
 // In a large schedule a search waits for memory several times in a row. Meanwhile the processor
 // fetches what each search will look at, which takes a tenth off a whole load.
 //
-// Ownership: items and store are somebody else's, and outlive the finder.
+// Ownership: items and store are the caller's, and outlive the finder.
 // Threads: the import's. [loader]
 #pragma once
 

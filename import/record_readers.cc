@@ -14,12 +14,12 @@ using ORVANE::MXML;
 namespace {
 
 // A field of a record: its number in the numbered dialect and its child element's name in the
-// TitanTV dialect; 0 or null where a dialect lacks it. In the tables below, a field with a number
-// stands at that position, from 1.
+// TitanTV dialect; 0 or empty where a dialect does not have it. In the tables below, a field with a
+// number stands at that position, from 1.
 template <typename Record>
 struct Field {
   std::int32_t number;
-  std::string_view titan_name;  // empty: there is none
+  std::string_view titan_name;
   void (*assign)(Record& record, std::string_view text, std::int32_t base_time, CTextBlocks& texts);
 };
 
@@ -94,7 +94,7 @@ const Field<Record>* FindByName(std::span<const Field<Record>> fields, std::stri
   return nullptr;
 }
 
-// The number stands behind the first character of a name; a nameless node has none.
+// The number follows the first character of a name; a nameless node has none.
 template <typename Record>
 const Field<Record>* FindByNumber(std::span<const Field<Record>> fields, std::string_view name) {
   const std::int32_t number = name.empty() ? 0 : ReadNumber(name.substr(1));

@@ -1,7 +1,7 @@
 // The store of XMLTV listings.
 //
 // A file's root is `tv`; its `channel` elements become stations and its `programme` elements
-// programmes and broadcasts, each behind the channel that it refers to.
+// programmes and broadcasts, each after the channel that it refers to.
 #pragma once
 
 #include <string>

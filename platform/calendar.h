@@ -1,4 +1,4 @@
-// The conversions of file times, for systems that lack them.
+// The conversions of file times, for systems that do not have them.
 //
 // What fails, fails for an invalid parameter.
 #pragma once

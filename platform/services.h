@@ -49,7 +49,7 @@ int GetLastError();
 std::uint32_t GetTickCount();
 
 // One UTF-16 code unit in the system's 8-bit code page: `default_character`, and true in
-// `used_default`, when the page lacks it.
+// `used_default`, when the page does not have it.
 char WideCharToMultiByte(char16_t unit, char default_character, bool& used_default);
 
 // Shows a text under a caption and waits for the user. POSIX: writes both to standard error, in one

@@ -1,6 +1,6 @@
 // Records by their keys, compared exactly.
 //
-// Ownership: the records are somebody else's. Their keys must not change while they are in the map.
+// Ownership: the records are the caller's. Their keys must not change while they are in the map.
 // Errors: std::bad_alloc leaves the map as it was.
 #pragma once
 

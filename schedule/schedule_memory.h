@@ -72,7 +72,7 @@ class CNewRecord {
   // The memory of the record's texts.
   CTextBlocks& Texts() const { return texts_; }
 
-  // Whoever files the record takes it; this object is empty from then on.
+  // Filing the record takes it; this object is empty from then on.
   Record* Release() { return std::exchange(record_, nullptr); }
   bool IsEmpty() const { return record_ == nullptr; }
 

@@ -34,7 +34,7 @@ class CStation {
   //
   // True: the station has taken the item and `item` is empty. False: an item with that start is
   // there already; the station is unchanged and `item` is still the caller's. An item that starts
-  // behind all others, as a file in order gives them, is filed without a search.
+  // after all others, as a file in order gives them, is filed without a search.
   // REQUIRES: the item is not empty.
   bool Insert(CNewRecord<CScheduleItem>& item);
 

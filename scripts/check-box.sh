@@ -1,5 +1,5 @@
 #!/bin/sh
-# Shows a plug-in's message box on a screen that nobody sees, and closes it: the host program of
+# Shows a plug-in's message box on a screen that is not shown, and closes it: the host program of
 # docs/embedding.md, which does not replace the box, has to go on then. Under Wine, after
 # scripts/test-windows.sh has built.
 set -eu

@@ -48,7 +48,7 @@ for command in MORE:
     if not answer(command).get("stations", [True]):
         raise SystemExit("nothing in: " + command)
 
-# Bytes that are no UTF-8.
+# Bytes that are not UTF-8.
 with tempfile.TemporaryDirectory() as folder:
     file = Path(folder) / "bytes.xml"
     file.write_bytes(b"<tv generator-info-name='XMLTV'><channel id='a'><display-name>\xc9t\xe9"
@@ -58,4 +58,4 @@ with tempfile.TemporaryDirectory() as folder:
     (station,) = answer("guide '%s' --at 2026-11-23 --json" % file)["stations"]
     found = station["name"], station["broadcasts"][0]["title"]
     if found != ("\u00c9t\u00e9", "\u00ff\u00c3(\u00ed\u00a0\u20ac\u201cq\u201d"):
-        raise SystemExit("bytes that are no UTF-8 become %r" % (found,))
+        raise SystemExit("bytes that are not UTF-8 become %r" % (found,))

@@ -109,7 +109,7 @@ def compare(args, folder):
                   if os.access(program, os.X_OK)}
     for peer, program in peers.items():
         commands[peer] = [program, xmltv, "--queries", "200000"]
-    for peer in peers:  # without the queries, which are no part of an import
+    for peer in peers:  # without the queries, which are not part of an import
         commands[peer + " import"] = commands[peer][:2]
     made = folder / "made.xml"
     commands["epgcache"] = [BUILD / "epgcache", xmltv, "--output", made]

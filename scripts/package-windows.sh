@@ -46,7 +46,7 @@ echo '<x/>' >"$work/none.xml"
 document=$("$wine" "$program" guide "$work/none" 2>&1 | grep -o '[A-Z]:.*docs.listings.md' || true)
 [ -n "$document" ] || failed "no message names listings.md"
 
-# What is missing, or is no library, is named.
+# What is missing, or is not a library, is named.
 cd "$work/a folder with blanks"
 mv epgbrowser.dll epgbrowser.kept
 said() {

@@ -33,7 +33,7 @@ depends_on() {
 for library in libc6 libstdc++6; do
   for package in $packages; do depends_on "$package" "$library"; done
 done
-for library in epgbrowser libicu libxml2; do depends_on build/release/epgcache*.deb "$library"; done
+for library in epgbrowser libarchive libicu libxml2; do depends_on build/release/epgcache*.deb "$library"; done
 
 # shellcheck disable=SC2086  # a list of words, here and below
 ls -l $packages build/release/epgbrowser*.tar.gz

@@ -223,7 +223,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
       {{gaps},
        "",
        "a: 20:00-20:30 x | 20:30-22:00 y | 22:00-23:00 z | 23:00-03:00 w\n",
-       "1 stop that is no time"},
+       "1 stop that cannot be read"},
       {{over}, "", "a: 20:00-21:30 x | 21:00-22:00 y\n", "1 programme that overlaps"},
       {{over}, "--overlaps cut", "a: 20:00-21:00 x | 21:00-22:00 y\n", "1 overlap cut"},
       // Of two with a start the richer stays.
@@ -232,13 +232,13 @@ TEST(Epgcache, PutsGuidesInOrder) {
         On("a", "2000", "2100", Titled("longer, poorer"))},
        "",
        "a: 20:00-21:00 y /  first\nnight \n",
-       "2 programmes with the start of one that says more"},
+       "2 programmes with the start of a more detailed one"},
       // Or what has a stop.
       {{On("a", "0000", "0000", Titled("x") + "<date>2026</date>") +
         On("a", "0000", "0215", Titled("y"))},
        "",
        "a: 00:00-02:15 y\n",
-       "1 programme with the start of one that says more"},
+       "1 programme with the start of a more detailed one"},
       // Seconds count; what lasts less than a minute makes room for what begins in it.
       {{On("a", "140527", "140557", Titled("x") + "<date>2026</date>") +
         On("a", "140557", "150000", Titled("y")) + On("a", "160030", "160055", Titled("z"))},
@@ -274,7 +274,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
        "--default-length 600",
        "a: 01:05-11:05 z | 20:00-21:00 x | 21:00-07:00 y\n",
        "1 programme where an earlier input"},
-      // Names that come behind the programmes count, too.
+      // Names that come after the programmes count, too.
       {{evening + two},
        "--stations 'two hd,never,A'",
        "Two HD: 21:00-22:00 z\nOne: 20:00-21:30 x | 21:00-22:00 y\n",
@@ -303,7 +303,7 @@ TEST(Epgcache, PutsGuidesInOrder) {
         "+0000'><title>x</title></programme>"},
        "--zone Europe/Rome",
        "a: 18:00-21:00 x\n",
-       "zone that nobody knows"},
+       "in an unknown time zone"},
       // 02:30 comes twice that night, and the first time counts; 03:00 once.
       {{"<programme channel='a' start='202610250230' "
         "stop='202610250300'><title>x</title></programme>"},
@@ -555,14 +555,15 @@ TEST(Epgcache, MendsWhatIsNotWellFormed) {
     std::string said;
     bool is_well_formed = false;
   } rows[] = {
-      {titled("A&E &amp; I <3 U<"), shown("A&E & I <3 U<"), ":1:77: an '&' that begins no ref"},
+      {titled("A&E &amp; I <3 U<"), shown("A&E & I <3 U<"),
+       ":1:77: an '&' that does not begin a ref"},
       {titled("R&D; caf&eacute;&#8217;&#0;&#xD800;"), shown("R&D; caf\u00e9\u2019"),
-       ":1:77: an '&' that begins no reference"},
+       ":1:77: an '&' that does not begin a reference"},
       {titled("\u00f8\xf8\x93z\x01\x94"), shown("\u00f8\u00f8\u201cz\u201d"),
-       ":1:78: a byte that is no UTF-8"},
-      {titled("<![CDATA[A&B<\xf8]]>"), shown("A&B<\u00f8"), "a byte that is no UTF-8"},
+       ":1:78: a byte that is not UTF-8"},
+      {titled("<![CDATA[A&B<\xf8]]>"), shown("A&B<\u00f8"), "a byte that is not UTF-8"},
       {"<?xml version='1.0' encoding='windows-1252'?>" + titled("\xf8 & \x93z"),
-       shown("\u00f8 & \u201cz"), "an '&' that begins no reference"},
+       shown("\u00f8 & \u201cz"), "an '&' that does not begin a reference"},
       {"\n<?xml version='1.0'?>junk" + titled("x"), both, ":2:22: text outside the guide"},
       // End tags that are missing, misspelt or too many.
       {titled("x</titel></x><desc>d</desc><title>"), both, "</titel>, where </title> should be"},
@@ -579,7 +580,7 @@ TEST(Epgcache, MendsWhatIsNotWellFormed) {
       {"<tv>" + x + y + "<programme channel='a' start='20261123220000'><title>not who", both,
        "the document ends inside <title>"},
       {"<tv>" + x + y + "<programme channel='a' star", both, "the document ends inside <tv>"},
-      // Nothing can be read behind this one.
+      // Nothing can be read after this one.
       {"<!DOCTYPE tv [<!ENTITY e SYSTEM 's'>]><tv>" + x + y + Titled("&e;") + "</tv>", both,
        "refers to \"s\", which is not followed"},
   };
@@ -667,7 +668,7 @@ TEST(Epgcache, ChecksAsThePluginReads) {
        ":3:4: the plug-in does not take it: an apostrophe or quotation mark inside an attribute of "
        "<icon>"},
       {with("<x\n a=\"1\"><y/></x>\n"),
-       ":3:1: the plug-in does not take it: a line break or tab behind the name of <x>"},
+       ":3:1: the plug-in does not take it: a line break or tab after the name of <x>"},
       {tv + one + on, ":4:1: the plug-in does not take it: the file ends inside <tv>"},
       {tv + on + "</tv>", ":2:1: the plug-in does not take it: no <channel> says"},
       {tv + "</x>" + one + on + "</tv>", ": the plug-in takes it",
@@ -690,7 +691,7 @@ TEST(Epgcache, ChecksAsThePluginReads) {
       {"<html><body><p>x</p></body></html>",
        ":1:1: the plug-in does not take it: <html> begins none"},
       {with("<programme start=\"20261123 +01:00\" channel=\"a\"><title>&#65;</title>"
-            "<title>2</title><desc>A long text<b> that goes on behind</b></desc><icon/><rating/>"
+            "<title>2</title><desc>A long text<b> that goes on after</b></desc><icon/><rating/>"
             "<sub-title>It&#8217;s &lt;late&gt;</sub-title><language>en</language></programme>") +
            " &nbsp;",
        ": the plug-in takes it",

@@ -105,10 +105,10 @@ TEST(Epgshell, WrongUseRunsNothing) {
       {"fly", "epgshell: The following argument was not expected: fly\n"},
       {"guide", "epgshell: LISTINGS is required\n"},
       {"find samples/week", "epgshell: TEXT is required\n"},
-      {"find samples/week x --in body", "--in: body is no field; there are title, episode, "},
+      {"find samples/week x --in body", "--in: body is not a field; there are title, episode, "},
       {"guide a b", "not expected: b\n"},
       {"guide a --hours 0", "--hours: Value 0 not in range 1 to 336\n"},
-      {"guide a --at never", "--at: never is no time; write it as 20:15, "},
+      {"guide a --at never", "--at: never is not a time; write it as 20:15, "},
       {"guide a --template x", "--template: it goes with --details\n"},
       {"now a --stations ' , '", "--stations: it names no station\n"},
       {"--plugin " + no_plugin.Path() + " run", "epgshell: cannot use the plug-in: "},
@@ -124,7 +124,8 @@ TEST(Epgshell, WrongUseRunsNothing) {
 TEST(Epgshell, SaysWhatTheSystemSays) {
   for (const auto& [arguments, said] :
        {std::pair{"run /", "epgshell: cannot read the script /: Is a directory"},
-        {"--plugin=" EPG_HALF_PLUGIN " run", "lacks the functions Initialise and Release\n"}}) {
+        {"--plugin=" EPG_HALF_PLUGIN " run",
+         "does not have the functions Initialise and Release\n"}}) {
     const Outcome outcome = RunShell(arguments);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_NE(outcome.err.find(said), std::string::npos) << outcome.err;
@@ -344,7 +345,7 @@ TEST(Epgshell, SaysWhyThereIsNoGuide) {
       {"guide samples/week --at 2020-01-01", 1,
        "nothing is listed at Wed 1 Jan 2020 00:00; the schedule runs from Mon 23 Nov 2026 05:00"},
       {"guide samples/week --stations reel,nope", 1, "there is no station nope; there are Harbour"},
-      {"guide samples/week --at yesternight", 2, "--at: yesternight is no time; write it as"},
+      {"guide samples/week --at yesternight", 2, "--at: yesternight is not a time; write it as"},
       {"guide samples/week --plugin x", 2, "cannot use the plug-in: "},
   };
   for (const auto& [arguments, status, said] : rows) {

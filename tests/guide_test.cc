@@ -149,7 +149,7 @@ TEST(GuideGrid, DrawsTwoDaysInFewColumns) {
        {{at("2026-11-23 12:00"), at("2026-11-24 06:00"), "Ended"},
         {at("2026-11-24 06:00"), at("2026-11-24 08:00"), "Narrow"},
         {at("2026-11-24 08:00"), at("2026-11-24 20:00"), "Fits\x7f"}}},
-      // A long programme under two others shows before, between and behind them.
+      // A long programme under two others shows before, between and after them.
       {"Two",
        {{at("2026-11-23 10:00"), at("2026-11-25 10:00"), "Long"},
         {at("2026-11-23 20:00"), at("2026-11-24 00:00"), "a"},

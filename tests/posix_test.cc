@@ -34,7 +34,7 @@ TEST(ParseTime, KnowsLeapYears) {
 TEST(ConvertLocalTime2String, TakesTheSystemsZoneAsItIsNow) {
   epg_test::FakePlatform system;
   const std::int32_t time = epg_test::At("2007-02-05 00:00");
-  std::int32_t now = epg_test::At("2007-07-01 22:10");  // behind midnight in summer time
+  std::int32_t now = epg_test::At("2007-07-01 22:10");  // past midnight in summer time
   for (const auto& [zone, shown] :
        {std::pair{"CET-1CEST,M3.5.0,M10.5.0/3", "Mon, Feb 05, 02:00 (2007) Feb-05"},
         {"EST5", "Sun, Feb 04, 19:00 (2007) Feb-04"}}) {

@@ -39,7 +39,7 @@ constexpr std::string_view kListings = R"(<tv generator-info-name='XMLTV'><chann
 <programme channel='1' start='20070205130000' stop='20070205140000'><title>Jam</title></programme>
 </tv>)";
 
-// All but GetProgramCount take a programme's index or time behind the station's.
+// All but GetProgramCount take a programme's index or time after the station's.
 constexpr const char* kProgramMethods =
     "GetFirstProgram4Time GetProgramStartTime GetProgramEndTime GetProgramName GetProgramData";
 

@@ -71,7 +71,7 @@ TEST(Script, EveryFaultIsNamedWithItsLine) {
       {"A(2147483648)", "1: an integer does not fit into 32 bits"},
       {"A(-2147483649)", "1: an integer does not fit into 32 bits"},
       {"A(99999999999999999999999)", "1: an integer does not fit into 32 bits"},
-      {"A(\"x)", "1: a text lacks its closing quotation mark"},
+      {"A(\"x)", "1: a text has no closing quotation mark"},
       {"A(\"x\\", kEscape},
       {"A(\"\\q\")", kEscape},
       {"A(\"\\x4\")", kEscape},

@@ -200,7 +200,7 @@ TEST(ScheduleMemory, GivesOutAgainWhatWasRefused) {
     EXPECT_TRUE(first.empty() || text_place == item->hd.Characters());
   };
   for (std::size_t length = 0; length < 40; ++length) {
-    // What stood behind a long text must not be remembered when another one goes there.
+    // What stood after a long text must not be remembered when another one goes there.
     const std::string text(length, 'a');
     refuse(std::string(1000, 'b'), text);
     refuse(text, std::string(2000, 'c'));

@@ -42,7 +42,7 @@ bool IsTaken(const SystemTime& t) {
   return platform::SystemTimeToFileTime(t, time);
 }
 
-// Wine takes 29 February in every year, and years behind the last; Windows does not.
+// Wine takes 29 February in every year, and years past the last; Windows does not.
 bool IsWinesOwn(const SystemTime& t) {
   static const bool any_leap_day = IsTaken({2007, 2, 0, 29, 0, 0, 0, 0});
   static const bool any_year = IsTaken({30'828, 1, 0, 1, 0, 0, 0, 0});

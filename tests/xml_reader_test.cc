@@ -18,7 +18,7 @@ namespace {
 using namespace std::literals;
 using epg_test::TempFile;
 
-// A node as "name@attribute:value{text}(children)", what it lacks left out.
+// A node as "name@attribute:value{text}(children)", with empty parts left out.
 std::string Dump(const ORVANE::MXML::NODE& node) {
   std::string text(ViewOf(node.name)), children;
   for (const auto* each = node.first_attribute; each != nullptr; each = each->next) {

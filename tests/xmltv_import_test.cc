@@ -173,7 +173,7 @@ TEST_F(XmltvImport, ReparsesDescriptions) {
   const std::string rows[][3] = {
       // text, result, log
       {"It&#8217;s&#x2019;&#X20Ac;&#xFf;&#160;&#x81;", "It\x92s\x92\x80\xff\xa0\x81", ""},
-      {"&# 65x;&#x4z;&#65601;&#x10041;", "A@AA", ""},  // 16 bits; what is no digit is passed over
+      {"&# 65x;&#x4z;&#65601;&#x10041;", "A@AA", ""},  // 16 bits; what is not a digit is skipped
       {"&#12354;!", ".!", "log: ReParse() Error: Used default character for &#12354;."},
       {"&#X3A9;%s", ".%s", "log: ReParse() Error: Used default character for &#x3a9;."},
       {"a&#0;b&#;c&#x;d", "a\0b\0c\0d"s, ""},

@@ -1,6 +1,6 @@
 // Between the engine's texts and views of characters.
 //
-// The functions take any text that has the members `text` (characters, with a NUL behind them) and
+// The functions take any text that has the members `text` (characters, with a NUL after them) and
 // `length`, can be assigned characters up to their NUL, and can be appended to in the same way.
 #pragma once
 
@@ -13,7 +13,7 @@ std::string_view ViewOf(const Text& text) {
   return {text.text, text.length};
 }
 
-// Makes `text` the characters from `begin` on, `length` of them and a NUL behind them; NULs among
+// Makes `text` the characters from `begin` on, `length` of them and a NUL after them; NULs among
 // them count.
 template <typename Text>
 void AssignTo(Text& text, const char* begin, std::size_t length) {

@@ -6,7 +6,7 @@
 
 #include "text/utf8.h"
 
-// What a message box's text stands behind.
+// What comes before a message box's text.
 inline std::string BoxPrefix(std::string_view caption) {
   return "message box [" + std::string(caption) + "]: ";
 }

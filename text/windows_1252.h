@@ -19,7 +19,7 @@ constexpr char16_t FromWindows1252(char byte) {
   return code >= 0x80 && code < 0xa0 ? kWindows1252Upper[code - 0x80] : code;
 }
 
-// Nothing for a unit that the page lacks.
+// Nothing for a unit that the page does not have.
 constexpr std::optional<char> ToWindows1252(char16_t unit) {
   if (unit < 0x80 || (unit >= 0xa0 && unit <= 0xff)) return static_cast<char>(unit);
   const auto* const begin = std::begin(kWindows1252Upper);

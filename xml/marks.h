@@ -17,7 +17,7 @@
 #define EPG_SEARCH_NEON
 #endif
 
-// Whoever searches may read so many bytes behind the end of the range: they must be there, whatever
+// A search may read so many bytes past the end of the range: they must be there, whatever
 // they hold.
 inline constexpr int kSearchOverrun = 16;
 

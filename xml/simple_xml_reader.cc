@@ -130,7 +130,7 @@ void CSimpleXMLReader::MoveKept(char* to) {
   kept_ = to;
 }
 
-// Makes room behind what is still needed, what is kept and the bytes to look back at, and reads the
+// Makes room after what is still needed, what is kept and the bytes to look back at, and reads the
 // next block. False at the end of the stream; nothing has changed then but the place of the texts.
 bool CSimpleXMLReader::Refill() {
   const auto kept_bytes = static_cast<std::size_t>(text_end_ - kept_);
@@ -161,7 +161,7 @@ void CSimpleXMLReader::AddToText(const char* begin, const char* end) {
   text_end_ += count;
 }
 
-// Reads the rest of an entity, behind its '&': gives the character, '\0' for a name that means
+// Reads the rest of an entity, after its '&': gives the character, '\0' for a name that means
 // nothing. One that no ';' follows swallows markup too, to the end of the file, and gives kEnd.
 int CSimpleXMLReader::ReadEntity() {
   CEntityName name;
@@ -445,7 +445,7 @@ bool CSimpleXMLReader::ParseTag(CSafeNode& node, std::string_view tag) {
   return true;
 }
 
-// The same for a tag that may be changed, a byte behind its end included.
+// The same for a tag that may be changed, a byte past its end included.
 void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
   if (node.first_attribute != nullptr) attributes_.TakeBack(node);
   MXML::ATTRIB** link = &node.first_attribute;  // of the next attribute

@@ -28,7 +28,7 @@
 // stream itself goes on with ReadRoot, which begins again.
 //
 // A text under construction, a tag's or an element's, stands in the window too, where its bytes
-// were read, and what is no part of it is closed up. There is never more than one: a tag's text is
+// were read, and what is not part of it is closed up. There is never more than one: a tag's text is
 // done with at its '>', an element's at the next '<'. Finished texts stay in front of it for as
 // long as there are elements that view them.
 //
@@ -43,7 +43,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   // Rewinds, and reads the document's first element that has child elements; markup before it is
   // read into the same node and overwritten. True: the next unit is that element's first child.
   // False: the stream ended first, or a tag was closed by another name; `more` then tells whether
-  // there was markup behind the last complete element, so that a walk has something to read.
+  // there was markup after the last complete element, so that a walk has something to read.
   bool ReadRoot(CSafeNode& root, bool& more);
   bool ReadRoot(CSafeNode& root) {
     bool more = false;
@@ -125,7 +125,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   char* text_begin_ = nullptr;
   char* text_end_ = nullptr;
   char* next_ = nullptr;           // the next byte to read
-  char* limit_ = nullptr;          // behind the last byte held
+  char* limit_ = nullptr;          // after the last byte held
   std::int64_t limit_offset_ = 0;  // the stream's offset at `limit_`
 
   CAttributePool attributes_;

@@ -62,7 +62,7 @@
   };
   const isFound = (broadcast) => words.every((word) => foldedOf(broadcast).includes(word));
 
-  // The first broadcast of a station that ends behind a time.
+  // The first broadcast of a station that ends after a time.
   const firstAt = (broadcasts, time) => {
     let low = 0;
     let high = broadcasts.length;

@@ -16,7 +16,7 @@ void* OpenLibrary(const char* path, std::string& error);
 void (*FindFunction(void* library, const char* name))();
 void CloseLibrary(void* library);
 
-// A file opened for reading. What is no regular file cannot be opened, and opening never waits.
+// A file opened for reading. Only regular files can be opened, and opening never waits.
 using FILEHANDLE = std::intptr_t;
 inline constexpr FILEHANDLE kNoFile = -1;
 FILEHANDLE OpenFile(const char* name);

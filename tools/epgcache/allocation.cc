@@ -8,7 +8,7 @@
 
 namespace {
 
-// The function of that name behind this file's.
+// The next function of that name after this file's.
 template <typename Function>
 Function Next(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));

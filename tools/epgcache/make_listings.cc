@@ -36,7 +36,7 @@ constexpr Line kRepaired[] = {
      "stations made that no channel element declares"},
     {kMendedPlaces, "place mended that is not well-formed",
      "places mended that are not well-formed"},
-    {kUnreadableStop, "stop that is no time", "stops that are no times"},
+    {kUnreadableStop, "stop that cannot be read", "stops that cannot be read"},
     {kStopNotAfterStart, "stop not after its start", "stops not after their starts"},
     {kBrief, "programme of less than a minute, which gets one",
      "programmes of less than a minute, which get one"},
@@ -46,8 +46,8 @@ constexpr Line kRepaired[] = {
     {kCutByEarlierInput, "programme cut where an earlier input has something on",
      "programmes cut where an earlier input has something on"},
     {kOverlapCut, "overlap cut", "overlaps cut"},
-    {kUnknownZone, "programme in a zone that nobody knows, taken as --zone",
-     "programmes in zones that nobody knows, taken as --zone"},
+    {kUnknownZone, "programme in an unknown time zone, taken as --zone",
+     "programmes in unknown time zones, taken as --zone"},
     {kMissingZone, "programme whose times name no zone, taken as UTC; --zone says otherwise",
      "programmes whose times name no zone, taken as UTC; --zone says otherwise"},
     {kHtmlReferences, "reference to a character by its HTML name",
@@ -62,15 +62,15 @@ constexpr Line kDropped[] = {
     {kChannelsWithoutId, "channel without an id", "channels without an id"},
     {kWithoutChannel, "programme without a channel", "programmes without a channel"},
     {kWithoutStart, "programme without a readable start", "programmes without a readable start"},
-    {kSameStart, "programme with the start of one that says more",
-     "programmes with the start of one that says more"},
+    {kSameStart, "programme with the start of a more detailed one",
+     "programmes with the start of a more detailed one"},
     {kInEarlierInput, "programme where an earlier input has something on",
      "programmes where an earlier input has something on"},
     {kOutsideTime, "programme outside --from and --days", "programmes outside --from and --days"},
     {kOtherStations, "programme of other stations", "programmes of other stations"},
     {kUnknownReferences, "reference to an unknown entity", "references to unknown entities"},
-    {kLostCharacters, "character that the encoding lacks, written as ?",
-     "characters that the encoding lacks, written as ?"},
+    {kLostCharacters, "character that the encoding does not have, written as ?",
+     "characters that the encoding does not have, written as ?"},
 };
 constexpr Line kWhyEmpty[] = {
     {kWithoutChannel, "has no channel", "have no channel"},
@@ -134,7 +134,7 @@ class Converter {
         WriteCache(guide_, text_, [&file](std::string_view bytes) { file.Write(bytes); });
     file.Commit();
     if (!options_.output.ends_with(".xml"))
-      Tell("scripts name listings without their \".xml\", so the file has to be called so");
+      Tell("scripts name listings without their \".xml\", so the file's name must end in it");
     tally_[kTransliterated] = written.unencodable.transliterated;
     tally_[kLostCharacters] = written.unencodable.lost;
     tally_[kSlashes] = written.slashes;
@@ -159,7 +159,9 @@ class Converter {
     progress_.Clear();
     if (!fault.empty()) Tell(fault);
     if (!fault.empty() && !options_.keep_going)
-      Tell("nothing is written; --keep-going would mend it, or use what stands before this");
+      Tell(
+          "nothing is written; --keep-going mends such places, or keeps what comes before this "
+          "one");
     return fault.empty() || options_.keep_going;
   }
 
@@ -181,7 +183,7 @@ class Converter {
       Tell(failure.what());
     }
     if (mended > kMostTold)
-      Tell(source.Name() + ": and " + std::to_string(mended - kMostTold) + " places more");
+      Tell(source.Name() + ": and " + std::to_string(mended - kMostTold) + " more places");
     tally_[kMendedPlaces] += mended;
     tally_[kHtmlReferences] += outcome.html_references;
     tally_[kUnknownReferences] += outcome.unknown_references;

@@ -61,7 +61,7 @@ void Declare(CLI::App& app, Options& options, Texts& texts) {
   app.add_option("--encoding", options.encoding, "of the output: utf-8 or windows-1252")
       ->transform(CLI::Transformer(encodings, CLI::ignore_case))
       ->type_name("NAME");
-  app.add_flag("--episodes", options.reading.episodes, "episode numbers behind sub-titles");
+  app.add_flag("--episodes", options.reading.episodes, "episode numbers after sub-titles");
   app.add_flag("--presenters", options.reading.presenters, "presenters among the actors");
   app.add_flag("--guests", options.reading.guests, "guests among the actors");
   app.add_option("--zone", texts.zone,
@@ -139,11 +139,11 @@ void Interpret(const Texts& texts, Options& options) {
   if (options.output == "-") throw CLI::ValidationError("--output", "it is a file; - is none");
   if (options.inputs.size() > Guide::kMostInputs) throw CLI::ValidationError("INPUT", "too many");
   const auto zone = Zone::Of(texts.zone);
-  if (!zone) throw CLI::ValidationError("--zone", Shown(texts.zone) + " is no time zone");
+  if (!zone) throw CLI::ValidationError("--zone", Shown(texts.zone) + " is not a time zone");
   options.guide.zone = *zone;
   if (texts.from.empty() && texts.days == 0) return;
   const auto from = ParseTimeOfOption(texts.from.empty() ? "today" : texts.from, *zone);
-  if (!from) throw CLI::ValidationError("--from", Shown(texts.from) + " is no time");
+  if (!from) throw CLI::ValidationError("--from", Shown(texts.from) + " is not a time");
   options.guide.from = *from;
   if (texts.days != 0) {
     // Days of the zone, which may have an hour more or less.

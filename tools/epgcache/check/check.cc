@@ -236,7 +236,7 @@ std::string Advice(const File& file, const Verdict& verdict, const Options& opti
     return "epgcache " + (options.inputs.front() == "-" ? "-" : file.name) +
            " -o LISTINGS.xml makes listings of it.\n";
   }
-  if (!is_guide) return "What it loses is known of XMLTV guides alone.\n";
+  if (!is_guide) return "What it loses is only checked for XMLTV guides.\n";
   const Differences found = FindDifferences(*verdict.store, file.name, file.path, options);
   if (found.lines.empty()) return found.fault + "Nothing is lost.\n";
   return found.fault + "It differs from what the guide says:\n" + found.lines;
@@ -250,7 +250,7 @@ int CheckFile(const Options& options) {
   const Verdict verdict = AskPlugin(file.path);
   std::string text = Answer(file, verdict) + Advice(file, verdict, options);
   if (options.inputs.front() != "-" && !file.name.ends_with(".xml"))
-    text += "Scripts name listings without their \".xml\", so the file has to be called so.\n";
+    text += "Scripts name listings without their \".xml\", so the file's name must end in it.\n";
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
   return verdict.store != nullptr ? 0 : 1;

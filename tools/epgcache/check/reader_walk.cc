@@ -14,7 +14,7 @@ namespace epgcache {
 
 namespace {
 
-constexpr const char* kSwallows = ", which swallows all up to the next ';'";
+constexpr const char* kSwallows = ", which swallows everything up to the next ';'";
 
 bool Holds(std::string_view text, std::string_view bytes) {
   return text.find_first_of(bytes) != std::string_view::npos;
@@ -29,7 +29,7 @@ std::string TagOddity(std::string_view bytes, const Markup& tag) {
   const std::string_view behind_name =
       parts.attributes.empty() ? parts.rest : parts.attributes.front().before;
   if (Holds(behind_name.substr(0, behind_name.find(' ')), "\t\r\n"))
-    return "a line break or tab behind the name" + of_tag;
+    return "a line break or tab after the name" + of_tag;
   for (const TagAttribute& attribute : parts.attributes) {
     if (Holds(attribute.value, "'\""))
       return "an apostrophe or quotation mark inside an attribute" + of_tag;
@@ -194,7 +194,7 @@ class Walk {
   std::size_t begin_ = 0;  // of the markup that the last step has read
   std::vector<Opened> opened_;
 
-  std::size_t xml_at_ = 0;  // behind XML's last piece before the reader's place
+  std::size_t xml_at_ = 0;  // after XML's last piece before the reader's place
   std::vector<std::string_view> xml_opened_;
   std::size_t same_levels_ = 0;  // so many are known to be of one name for both, from the root on
   std::optional<Stop> parting_;

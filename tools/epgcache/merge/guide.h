@@ -87,7 +87,7 @@ class Guide final : public GuideConsumer {
     return details_.texts[number].key.View();
   }
   std::size_t ProgrammeTexts() const { return programmes_.texts.size(); }
-  // What the encoding lacks of them.
+  // What the encoding does not have of them.
   Unencodable UnencodableOfProgramme(std::uint32_t number) const;
   Unencodable UnencodableOfDetails(std::uint32_t number) const;
 

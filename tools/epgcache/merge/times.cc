@@ -91,7 +91,7 @@ std::optional<std::int64_t> ReadClock(std::string_view digits) {
   return time / platform::kTicksPerSecond + second + (end_of_day ? 86'400 : 0);
 }
 
-// Null for a name that nobody knows.
+// Null for an unknown name.
 std::shared_ptr<const icu::BasicTimeZone> RulesOf(std::string_view name) {
   std::unique_ptr<icu::TimeZone> zone(
       name == "local" ? icu::TimeZone::detectHostTimeZone()

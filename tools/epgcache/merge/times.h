@@ -44,7 +44,7 @@ struct XmltvTime {
   OwnZone zone;  // when it is not given, the reader's has been taken
 };
 
-// Reads 4 to 14 digits, year first, and a zone behind them; `zone` is that of texts without one. A
+// Reads 4 to 14 digits, year first, and a zone after them; `zone` is that of texts without one. A
 // month or day that is missing is 1, an hour, minute or second 0. The separators of ISO 8601 may
 // stand between them. Nothing for another text, a time that is not on the calendar, or one before
 // 1601 or beyond what 32 bits of minutes hold.

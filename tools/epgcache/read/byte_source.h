@@ -47,7 +47,7 @@ class ByteSource {
   // How many bytes of the document have come out.
   std::uint64_t Unpacked() const { return unpacked_; }
   bool IsPacked() const;
-  // Reading has failed, which is no fault of what has been read.
+  // Reading has failed, which is not the fault of what has been read.
   bool HasFailed() const { return failed_; }
 
  private:

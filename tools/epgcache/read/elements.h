@@ -22,7 +22,7 @@ enum class Use {
   kIfHd,       // marks it when the text names a high resolution
   kIfStereo,   // marks it, unless the text says otherwise
   kRating,     // by the element's system
-  kEpisode,    // stands behind the sub-title, if asked for
+  kEpisode,    // after the sub-title, if asked for
   kName,       // a channel's
 };
 

@@ -20,21 +20,21 @@ struct ReadingOptions {
   // Of texts that come in several, the first of these that is there; then one of no language, then
   // any. Empty: the first text, whatever its language, and all categories.
   std::vector<std::string> languages;
-  bool episodes = false;    // numbers stand behind the sub-title
+  bool episodes = false;    // numbers after the sub-title
   bool presenters = false;  // stand among the actors
   bool guests = false;      // so do these
 };
 
 struct ReadingOutcome {
   Fault fault;  // where and why the guide cannot be read on
-  // References to characters by names that only HTML knows: resolved, and those that nobody knows.
+  // References to characters by names that only HTML knows: resolved, and unknown ones.
   std::uint64_t html_references = 0;
   std::uint64_t unknown_references = 0;
 };
 
 // Hands everything of the source's document that stands before its end, or before the first fault,
 // to `consumer`. Where `tell_mended` is set, faults are mended or passed over and told to it.
-// Throws a Failure when the document is no XMLTV guide at all.
+// Throws a Failure when the document is not an XMLTV guide at all.
 ReadingOutcome ReadGuide(ByteSource& source, const ReadingOptions& options, GuideConsumer& consumer,
                          FaultSink tell_mended = {});
 

@@ -16,14 +16,14 @@ struct End {
   bool is_whole;
 };
 
-End Behind(std::string_view text, std::string_view end_mark, std::size_t at) {
+End After(std::string_view text, std::string_view end_mark, std::size_t at) {
   const std::size_t found = text.find(end_mark, at);
   if (found == std::string_view::npos) return {text.size(), false};
   return {found + end_mark.size(), true};
 }
 
-// Behind a tag's '>' outside quotes. A '<' cannot occur in a tag, so the tag breaks off there.
-End BehindTag(std::string_view text, std::size_t at) {
+// After a tag's '>' outside quotes. A '<' cannot occur in a tag, so the tag breaks off there.
+End AfterTag(std::string_view text, std::size_t at) {
   char quote = '\0';
   for (; at < text.size() && text[at] != '<'; ++at) {
     const char byte = text[at];
@@ -38,17 +38,17 @@ End BehindTag(std::string_view text, std::size_t at) {
   return {at, false};
 }
 
-// Behind a document type, with all that stands between its brackets.
-End BehindDeclaration(std::string_view text, std::size_t at) {
+// After a document type, with all that stands between its brackets.
+End AfterDeclaration(std::string_view text, std::size_t at) {
   int depth = 0;
   while (at < text.size()) {
     const std::string_view rest = text.substr(at);
     if (rest.starts_with("<!--")) {
-      at = Behind(text, "-->", at + 4).at;
+      at = After(text, "-->", at + 4).at;
     } else if (rest.starts_with("<?")) {
-      at = Behind(text, "?>", at).at;
+      at = After(text, "?>", at).at;
     } else if (rest.front() == '"' || rest.front() == '\'') {
-      at = Behind(text, rest.substr(0, 1), at + 1).at;
+      at = After(text, rest.substr(0, 1), at + 1).at;
     } else {
       depth += rest.front() == '<' ? 1 : rest.front() == '>' ? -1 : 0;
       ++at;
@@ -72,18 +72,18 @@ bool FindMarkup(std::string_view text, std::size_t at, Markup& markup) {
   End end = {};
   if (rest.starts_with("<!--")) {
     markup.kind = MarkupKind::kComment;
-    end = Behind(text, "-->", begin + 4);
+    end = After(text, "-->", begin + 4);
   } else if (rest.starts_with("<![CDATA[")) {
     markup.kind = MarkupKind::kCData;
-    end = Behind(text, "]]>", begin);
+    end = After(text, "]]>", begin);
   } else if (rest.starts_with("<?")) {
-    end = Behind(text, "?>", begin);
+    end = After(text, "?>", begin);
   } else if (rest.starts_with("<!")) {
-    end = BehindDeclaration(text, begin);
+    end = AfterDeclaration(text, begin);
   } else {
     const bool is_end = rest.starts_with("</");
     markup.name = NameAt(text, begin + (is_end ? 2 : 1));
-    end = BehindTag(text, begin + 1);
+    end = AfterTag(text, begin + 1);
     const bool is_empty = text.substr(begin, end.at - begin).ends_with("/>");
     markup.kind = is_end ? MarkupKind::kEnd : is_empty ? MarkupKind::kEmpty : MarkupKind::kStart;
   }

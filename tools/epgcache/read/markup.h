@@ -15,14 +15,14 @@ enum class MarkupKind { kStart, kEmpty, kEnd, kComment, kCData, kOther };
 struct Markup {
   MarkupKind kind;
   std::size_t begin;      // of its '<'
-  std::size_t end;        // behind its '>', or where it breaks off
+  std::size_t end;        // after its '>', or where it breaks off
   bool is_whole;          // it does not break off
   std::string_view name;  // of an element
 
   bool IsElement() const { return kind == MarkupKind::kStart || kind == MarkupKind::kEmpty; }
 };
 
-// The next piece at or behind `at`; false when there is none.
+// The next piece at or after `at`; false when there is none.
 bool FindMarkup(std::string_view text, std::size_t at, Markup& markup);
 
 // The first element; false when there is none.
@@ -37,7 +37,7 @@ struct TagAttribute {
 
 struct TagParts {
   std::vector<TagAttribute> attributes;
-  std::string_view rest;  // from behind the last of them, with the '>'
+  std::string_view rest;  // from after the last of them, with the '>'
 
   // Null when there is none.
   const TagAttribute* Find(std::string_view name) const;

@@ -90,7 +90,7 @@ std::string EncodingOf(std::string_view beginning) {
 // To UTF-8 from another encoding.
 class Mender::Decoder {
  public:
-  // Null when nobody knows it.
+  // Null for an unknown encoding.
   static std::unique_ptr<Decoder> Of(const std::string& encoding) {
     UErrorCode error = U_ZERO_ERROR;
     UConverter* const from = encoding.empty() ? nullptr : ucnv_open(encoding.c_str(), &error);
@@ -207,7 +207,7 @@ void Mender::AppendMended(std::string_view text, std::size_t at, bool has_refere
     }
     const Utf8Character character = DecodeUtf8(text.substr(i));
     if (character.bytes == 0) {
-      Tell(at + i, "a byte that is no UTF-8");
+      Tell(at + i, "a byte that is not UTF-8");
       out_ += EncodeUtf8(FromWindows1252(text[i]));
     } else if (!IsXmlCharacter(character.code)) {
       Tell(at + i, "a character that XML does not have");
@@ -244,7 +244,7 @@ std::size_t Mender::AppendReference(std::string_view text, std::size_t at) {
       return end + 1;
     }
   }
-  Tell(at, "an '&' that begins no reference");
+  Tell(at, "an '&' that does not begin a reference");
   out_ += "&amp;";
   return 1;
 }
@@ -277,7 +277,7 @@ bool Mender::MendMarkup() {
   if (may_go_on && (ended_ || left.size() < kLongestMarkup)) return false;
   const bool is_tag = markup.IsElement() || markup.kind == MarkupKind::kEnd;
   if (!markup.is_whole || (is_tag && !IsTag(left, markup))) {
-    Tell(at_, "a '<' that begins no tag");
+    Tell(at_, "a '<' that does not begin a tag");
     if (!open_.empty() && !root_ended_) out_ += "&lt;";
     ++at_;
     return true;
@@ -294,7 +294,7 @@ bool Mender::MendMarkup() {
   return true;
 }
 
-// Comments pass by: nobody reads them.
+// Comments are dropped: nothing reads them.
 void Mender::MendDeclaration(std::string_view markup) {
   if (markup.starts_with("<![")) {
     if (!open_.empty()) AppendMended(markup, at_, false);
@@ -327,7 +327,7 @@ void Mender::MendStartTag(std::string_view tag, std::string_view name, bool is_e
     Tell(at_, "<" + open_.back() + "> is not closed before this <" + std::string(name) + ">");
     CloseDownTo(2);
   }
-  if (root_ended_) Tell(at_, "the guide goes on behind its end");
+  if (root_ended_) Tell(at_, "the guide goes on after its end");
   root_ended_ = false;
   if (open_.size() < kRecordDepth) whole_elements_ = 0;
   if (open_.size() == kRecordDepth && is_empty) ++whole_elements_;

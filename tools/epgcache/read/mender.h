@@ -1,10 +1,10 @@
 // Makes well-formed XML of a guide that is not, so that a parser can read it to the end: what
 // people would read stays, and every place that is mended or passed over is told.
 //
-// A bare '&' or '<' becomes text, a byte that is no UTF-8 its character in Windows-1252. Missing
+// A bare '&' or '<' becomes text, a byte that is not UTF-8 its character in Windows-1252. Missing
 // end tags are put in where a programme, a channel or the next of a programme's elements begins,
 // where an outer element ends, and at the end; end tags of nothing are passed over. A second guide
-// behind the first goes on where that ended. Text before the first tag is passed over; a text that
+// after the first goes on where that ended. Text before the first tag is passed over; a text that
 // the end cuts off is as well.
 //
 // Units: lines and columns of the document, in bytes (of its UTF-8 form, where it has another one).

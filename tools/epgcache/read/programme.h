@@ -8,7 +8,7 @@
 
 namespace epgcache {
 
-// The fields of a cache file's programmes, by their numbers there, and behind them those of items.
+// The fields of a cache file's programmes, by their numbers there, followed by those of items.
 enum Field : std::size_t {
   kNoField = 0,
   kTitle = 2,

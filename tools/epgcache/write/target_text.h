@@ -12,8 +12,8 @@ namespace epgcache {
 
 enum class Encoding { kUtf8, kWindows1252 };
 
-// Characters that a text's encoding lacks: all of them, and those for which not even other letters
-// could be found.
+// Characters that a text's encoding does not have: all of them, and those for which no other
+// letters could be found either.
 struct Unencodable {
   std::uint64_t transliterated = 0;
   std::uint64_t lost = 0;
@@ -26,7 +26,7 @@ class TargetText {
   TargetText& operator=(const TargetText&) = delete;
   ~TargetText();
 
-  // Appends UTF-8 text to `target`, and what the encoding lacks of it to `unencodable`.
+  // Appends UTF-8 text to `target`, and what the encoding does not have of it to `unencodable`.
   void Append(std::string& target, std::string_view utf8, Unencodable& unencodable);
 
   // The same for a station's name. The plug-in's name of a station ends at a '/', so that becomes
