@@ -13,8 +13,7 @@
 
 // Invariants:
 // 1. 0 <= count <= capacity <= room; the storage has space for `front_` entries before the first
-// one
-//    and for `room_` from it on.
+//    one and for `room_` from it on.
 // 2. Every entry of the storage that is not in use is null.
 //
 // A station with one date that is centuries off has a table of a million empty entries. So beyond a

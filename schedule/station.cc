@@ -80,6 +80,7 @@ CScheduleItem* CStation::LastItemBelow(std::int32_t bucket) const {
 }
 
 void CStation::BuildProgramIndex() {
+  assert(spans_.empty());
   program_index_.SetSize(item_count_);
   spans_.reserve(static_cast<std::size_t>(item_count_));
   for (CScheduleItem* item = first_item_; item != nullptr; item = item->next) {

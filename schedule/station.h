@@ -2,8 +2,7 @@
 //
 // Units: times are counts of whole minutes since 1601-01-01 00:00 UTC; -1 is "never set".
 // Ownership: a station's items and texts stand in its schedule's memory, the tables of its index
-// are
-//   its own; pointers it returns are views.
+//   are its own; pointers it returns are views.
 // Threads: filled by one thread; read-only from any thread afterwards.
 // Errors: a lookup that finds nothing returns null; only std::bad_alloc is thrown.
 #pragma once
@@ -38,8 +37,8 @@ class CStation {
   // REQUIRES: the item is not empty.
   bool Insert(CNewRecord<CScheduleItem>& item);
 
-  // Puts every item, in start order, into the programme index. Called once, after the last Insert;
-  // the look-ups below need it.
+  // Puts every item, in start order, into the programme index, which the look-ups below need.
+  // REQUIRES: this is the first call, and no Insert follows.
   void BuildProgramIndex();
 
   std::int32_t CountItems() const { return item_count_; }
