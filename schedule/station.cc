@@ -80,8 +80,8 @@ CScheduleItem* CStation::LastItemBelow(std::int32_t bucket) const {
 }
 
 void CStation::BuildProgramIndex() {
-  assert(spans_.empty());
   program_index_.SetSize(item_count_);
+  spans_.clear();
   spans_.reserve(static_cast<std::size_t>(item_count_));
   for (CScheduleItem* item = first_item_; item != nullptr; item = item->next) {
     program_index_[static_cast<std::int32_t>(spans_.size())] = item;

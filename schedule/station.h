@@ -37,8 +37,8 @@ class CStation {
   // REQUIRES: the item is not empty.
   bool Insert(CNewRecord<CScheduleItem>& item);
 
-  // Puts every item, in start order, into the programme index, which the look-ups below need.
-  // REQUIRES: this is the first call, and no Insert follows.
+  // Puts every item, in start order, into the programme index, which the look-ups below need. To be
+  // called when an import has inserted its last item.
   void BuildProgramIndex();
 
   std::int32_t CountItems() const { return item_count_; }

@@ -164,6 +164,11 @@ TEST_F(FormatsImport, TitanDocumentsFillAStoreOfOneProvider) {
             "false Cannot merge data from provider \"prov\", current provider is \"Prov\".");
   const std::string again = ImportMore(kTitan, &CProviderData::ImportXML);
   EXPECT_NE(again.find("\tStations:\t2\n\tPrograms:\t4\n\tSchedule Items:\t4\n"), again.npos);
+  ImportMore(TitanWith("T18:", "T21:"), &CProviderData::ImportXML);
+  EXPECT_EQ(Stations(At("2009-03-01 18:00")),
+            "1||CA|9|-1|-1: -60--90 none 90-120 A & B 120-90 none 270-300 A & B\n");
+  const std::int32_t late = At("2009-03-01 22:40");
+  EXPECT_EQ(store_->GetStation(0)->FindFirstIndex(late, late + 1), 3);
 }
 
 TEST_F(FormatsImport, TitanDocumentsFailWithTheirReason) {
