@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <cstdio>
 #include <iterator>
 #include <limits>
@@ -24,7 +23,7 @@ bool IsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 int NumberOf(std::string_view digits) {
   int number = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  for (const char digit : digits) number = number * 10 + (digit - '0');
   return number;
 }
 
