@@ -66,7 +66,7 @@ std::vector<std::string> MethodNames() {
   return names;
 }
 
-// Runs one call and prints its line at once, so that it stands before what the next call logs.
+// Runs one call and prints its line at once, so that it comes before what the next call logs.
 bool RunCall(Session& session, const Call& call, const std::string& place, bool shown) {
   ORVANE::CALL exec(&session.Instance(), place);
   for (const Argument& argument : call.arguments) {

@@ -1,5 +1,5 @@
 // Makes well-formed XML of a guide that is not, so that a parser can read it to the end: what
-// people would read stays, and every place that is mended or passed over is told.
+// people would read stays, and every place that is mended or passed over is reported.
 //
 // A bare '&' or '<' becomes text, a byte that is not UTF-8 its character in Windows-1252. Missing
 // end tags are put in where a programme, a channel or the next of a programme's elements begins,

@@ -102,7 +102,7 @@ Fault XmlParser::Parse() {
     try {
       std::rethrow_exception(source_failure_);
     } catch (const Failure& failure) {
-      // Its name stands before the place.
+      // Whoever reports it puts the name before the place.
       fault_.reason = std::string(failure.what()).substr(source_.Name().size() + 2);
     }
   } else if (fault_.reason.empty() && context_->wellFormed == 0 && !mender_) {
@@ -173,7 +173,7 @@ int XmlParser::ReadBytes(char* buffer, int size) {
   }
 }
 
-// Forgets what stands before a place that has been parsed, but for where its line begins.
+// Forgets what comes before a place that has been parsed, but for where its line begins.
 void XmlParser::PassTo(std::uint64_t offset) {
   const auto count = std::min(
       static_cast<std::size_t>(std::max(offset, ahead_begin_) - ahead_begin_), ahead_.size());
@@ -209,7 +209,7 @@ void XmlParser::AddError(const xmlError& error) {
   if (error.level != XML_ERR_FATAL || is_over_ || !fault_.reason.empty() ||
       error.code == XML_ERR_NO_MEMORY)
     return;
-  // The mender has told of it.
+  // The mender has reported it.
   if (mender_ && error.code == XML_ERR_TAG_NOT_FINISHED) return;
   std::string_view message = error.message != nullptr ? error.message : "not well-formed";
   SetFault(Shown(message.substr(0, message.find('\n'))));

@@ -50,7 +50,7 @@ class StartTag {
 
 class XmlParser {
  public:
-  // `tell_mended`: what is not well-formed is mended or passed over, and told; empty: the first
+  // `tell_mended`: what is not well-formed is mended or passed over, and reported; empty: the first
   // such place is the end. The source is at the beginning of a document.
   XmlParser(ByteSource& source, FaultSink tell_mended);
   XmlParser(const XmlParser&) = delete;
