@@ -27,12 +27,7 @@ std::size_t Mix(std::string_view text) {
 
 CText CTextBlocks::Store(std::string_view text) {
   if (text.size() > kLongestText) throw CBadAlloc();
-  const auto length = static_cast<CText::Length>(text.size());
-  char* const stored = blocks_.Allocate(sizeof length + text.size() + 1);
-  std::memcpy(stored, &length, sizeof length);
-  std::memcpy(stored + sizeof length, text.data(), text.size());
-  stored[sizeof length + text.size()] = '\0';
-  return CText(stored);
+  return CText::Store(text, blocks_.Allocate(CText::StoredBytes(text)));
 }
 
 CText CTextBlocks::KeepShort(std::string_view text) {

@@ -32,9 +32,9 @@ struct ReadingOutcome {
   std::uint64_t unknown_references = 0;
 };
 
-// Hands everything of the source's document up to its end, or to the first fault,
-// to `consumer`. Where `tell_mended` is set, faults are mended or passed over and reported to it.
-// Throws a Failure when the document is not an XMLTV guide at all.
+// Hands everything of the source's document up to its end, or to the first fault, to `consumer`.
+// Where `tell_mended` is set, faults are mended or passed over and reported to it. Throws a Failure
+// when the document is not an XMLTV guide at all.
 ReadingOutcome ReadGuide(ByteSource& source, const ReadingOptions& options, GuideConsumer& consumer,
                          FaultSink tell_mended = {});
 
