@@ -151,6 +151,16 @@ std::string Dump(const CElement& element, const MXML::NODE* node) {
   return text + ')';
 }
 
+void CompareChildren(const MXML::NODE& parent, CElementRange elements) {
+  const MXML::NODE* child = parent.first_child;
+  for (const CElement& element : elements) {
+    fuzz::Check(child != nullptr && Dump(*child) == Dump(element, child),
+                "elements are what nodes are");
+    child = child->next_sibling;
+  }
+  fuzz::Check(child == nullptr, "there are as many elements as nodes");
+}
+
 // Reads what is below the root as nodes and as elements, which must say the same.
 void CompareTrees(CSimpleXMLReader& reader) {
   CSafeNode root;
@@ -167,13 +177,40 @@ void CompareTrees(CSimpleXMLReader& reader) {
   fuzz::Check(ViewOf(error) == ViewOf(second_error), "elements fail as nodes do");
   fuzz::Check(reader.Offset() == end, "elements end where nodes do");
   if (!whole) return;
-  const MXML::NODE* child = root.first_child;
-  for (const CElement& element : reader.Children()) {
-    fuzz::Check(child != nullptr && Dump(*child) == Dump(element, child),
-                "elements are what nodes are");
-    child = child->next_sibling;
+  CompareChildren(root, reader.Children());
+}
+
+// Reads what is below the root into one node and as records, one by one, which must say the same.
+void CompareRecords(std::string_view text) {
+  CSimpleXMLReader nodes, records;
+  for (CSimpleXMLReader* reader : {&nodes, &records}) {
+    fuzz::Check(reader->Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
+    CSafeNode root;
+    static_cast<void>(reader->ReadRoot(root));
   }
-  fuzz::Check(child == nullptr, "there are as many elements as nodes");
+  CSafeNode node;
+  for (bool whole = true; whole;) {
+    nodes.Recycle(node);
+    MSTR error, record_error;
+    bool open = false, end_tag = false, record_open = false, record_end_tag = false;
+    whole = nodes.ReadElement(node, open, end_tag);
+    fuzz::Check(records.ReadRecord(record_open, record_end_tag) == whole, "records end alike");
+    fuzz::Check(open == record_open && end_tag == record_end_tag, "records are of one kind");
+    if (whole && open) {
+      whole = nodes.ReadChildren(node, error);
+      fuzz::Check(records.ReadRecordChildren(record_error) == whole, "records are whole alike");
+      fuzz::Check(ViewOf(error) == ViewOf(record_error), "records fail alike");
+    }
+    fuzz::Check(nodes.Offset() == records.Offset(), "records end at one place");
+    fuzz::Check(ViewOf(node.name) == records.RecordName(), "records are named as nodes");
+    const auto* each = node.first_attribute;
+    for (; whole && each != nullptr; each = each->next) {
+      const std::string_view name = ViewOf(each->name);
+      fuzz::Check(AttributeValue(node, name) == AttributeValue(records.Record(), name),
+                  "records have the attributes of nodes");
+    }
+    if (whole) CompareChildren(node, ChildrenOf(records.Record()));
+  }
 }
 
 // A text, escaped and read again, is itself.
@@ -197,6 +234,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Check(reader.Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
     CompareUnits(reader, text);
     CompareTrees(reader);
+    CompareRecords(text);
   }
   CheckEscape(text);
   return 0;

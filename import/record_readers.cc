@@ -128,17 +128,17 @@ void ReadNumberedFields(CElementRange elements, std::span<const Field<Record>> f
 
 void ReadStationFields(const MXML::NODE& node, ProviderKind dialect, CStation& station,
                        CTextBlocks& texts) {
-  if (dialect != ProviderKind::kXMLTV) {
-    ReadFields<CStation>(node, dialect, 0, kStationFields, station, texts);
-    return;
-  }
-  station.key = texts.Keep(AttributeValue(node, "id"));
-  for (const auto* child = node.first_child; child != nullptr; child = child->next_sibling) {
-    if (ViewOf(child->name) != "display-name") continue;
+  ReadFields<CStation>(node, dialect, 0, kStationFields, station, texts);
+}
+
+void ReadStationFields(const CElement& channel, CStation& station, CTextBlocks& texts) {
+  station.key = texts.Keep(AttributeValue(channel, "id"));
+  for (const CElement& child : ChildrenOf(channel)) {
+    if (child.name != "display-name") continue;
     if (station.network.IsEmpty()) {
-      station.network = texts.Keep(ViewOf(child->value));
+      station.network = texts.Keep(child.value);
     } else if (station.call_sign.IsEmpty()) {
-      station.call_sign = texts.Keep(ViewOf(child->value));
+      station.call_sign = texts.Keep(child.value);
     }
   }
 }

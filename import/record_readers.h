@@ -29,6 +29,9 @@ void ReadProgramFields(const ORVANE::MXML::NODE& node, ProviderKind dialect,
 void ReadScheduleItemFields(const ORVANE::MXML::NODE& node, ProviderKind dialect,
                             std::int32_t base_time, CNewRecord<CScheduleItem>& item);
 
+// A station of an XMLTV channel: its first two names that are not empty.
+void ReadStationFields(const CElement& channel, CStation& station, CTextBlocks& texts);
+
 // The same from elements with numbered fields.
 void ReadProgramFields(CElementRange elements, CNewRecord<CProgram>& program);
 void ReadScheduleItemFields(CElementRange elements, CNewRecord<CScheduleItem>& item);

@@ -19,7 +19,6 @@
 
 using ORVANE::MLog;
 using ORVANE::MSTR;
-using ORVANE::MXML;
 
 namespace {
 
@@ -195,45 +194,44 @@ bool CXMLTVData::ImportXML(const MSTR& file_name, MSTR& status, CProgressIndicat
   CSafeNode root;
   const std::uint32_t began = platform::GetTickCount();
   if (ReadListingsRoot(reader, root, "tv")) {
-    CSafeNode node;
     Scratch scratch;
-    const bool complete = ForEachChild(reader, root.name, node, status, [&](bool open) {
-      if (ViewOf(node.name) == "channel") {
-        if (open && !reader.ReadChildren(node, status)) return false;
-        ImportChannel(node);
-      } else {
-        if (open && !reader.ReadChildren(node.name, status)) return false;
-        if (ViewOf(node.name) == "programme") ImportProgramme(node, reader.Children(), scratch);
-      }
-      return true;
-    });
-    if (!complete) return false;
+    bool open = false;
+    bool end_tag = false;
+    while (reader.ReadRecord(open, end_tag) && !end_tag) {
+      if (open && !reader.ReadRecordChildren(status)) return false;
+      if (reader.RecordName() == "channel") ImportChannel(reader.Record());
+      if (reader.RecordName() == "programme") ImportProgramme(reader.Record(), scratch);
+    }
+    if (!CheckEndTag(end_tag, ViewOf(root.name), reader.RecordName(), status)) return false;
   }
   return FinishImport(*this, reader, file_name, began, status, progress);
 }
 
-bool CXMLTVData::ImportChannel(const MXML::NODE& node) {
+bool CXMLTVData::ImportChannel(const CElement& channel) {
   const CTextBlocks::Mark before = Memory().texts.GetMark();
   auto station = std::make_unique<CStation>();
-  ReadStationFields(node, Kind(), *station, Memory().texts);
+  ReadStationFields(channel, *station, Memory().texts);
   if (AddStation(station)) return true;
   Memory().texts.WindBack(before);  // the first of a key wins
   return false;
 }
 
-bool CXMLTVData::ImportProgramme(const MXML::NODE& node, CElementRange elements, Scratch& scratch) {
-  CStation* const station = FindStation(AttributeValue(node, "channel"));
+bool CXMLTVData::ImportProgramme(const CElement& element, Scratch& scratch) {
+  constexpr std::string_view kAttributes[] = {"channel", "start", "stop"};
+  ReadAttributes(element, kAttributes, scratch.attributes);
+  const auto& [channel, start, stop] = scratch.attributes;
+  CStation* const station = FindStation(channel);
   if (station == nullptr) return false;
   auto item = NewItem();
   auto program = NewProgram();
   scratch.actors.clear();
   Programme programme = {item, program, scratch.actors};
-  ReadElements(kProgrammeReaders, "", elements, programme);
+  ReadElements(kProgrammeReaders, "", ChildrenOf(element), programme);
   programme.SetProgramText(&CProgram::actors, scratch.actors);
   SetProgramKey(programme, scratch.engine_text);
   PrefetchProgram(program->key.View());
-  item->start = ParseTime(TimeLayout::kDigits, AttributeValue(node, "start"));
-  item->end = EndAfter(item->start, ParseTime(TimeLayout::kDigits, AttributeValue(node, "stop")));
+  item->start = ParseTime(TimeLayout::kDigits, start);
+  item->end = EndAfter(item->start, ParseTime(TimeLayout::kDigits, stop));
   item->program = AddProgram(program);
   item->program_key = item->program->key;
   return station->Insert(item);

@@ -4,10 +4,10 @@
 // programmes and broadcasts, each after the channel that it refers to.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "host/mstr.h"
-#include "host/mxml.h"
 #include "schedule/provider_data.h"
 #include "xml/elements.h"
 
@@ -22,10 +22,11 @@ class CXMLTVData final : public CProviderData {
   // Storage that each programme leaves to the next.
   struct Scratch {
     std::string actors;
+    std::array<std::string, 3> attributes;
     ORVANE::MSTR engine_text;
   };
 
   // File one element; false when it was dropped.
-  bool ImportChannel(const ORVANE::MXML::NODE& node);
-  bool ImportProgramme(const ORVANE::MXML::NODE& node, CElementRange elements, Scratch& scratch);
+  bool ImportChannel(const CElement& channel);
+  bool ImportProgramme(const CElement& element, Scratch& scratch);
 };

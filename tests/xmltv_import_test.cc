@@ -166,6 +166,8 @@ TEST_F(XmltvImport, SaysWhatIsWrongWithAFile) {
   }
   EXPECT_EQ("<tv> end tag is bad, found <TV>.", Import("<tv><channel><x/></channel></TV>"));
   EXPECT_EQ("<channel> end tag is bad, found <y>.", Import("<tv><channel><x/></y></tv>"));
+  // A tag that is broken before its name shows the name before it.
+  EXPECT_EQ("<channel> end tag is bad, found <tv>.", Import("<tv><channel/>< <x/></tv>"));
   EXPECT_EQ("Premature end of file.", Import("<tv><channel><x/></channel>"));
 }
 

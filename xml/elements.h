@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -51,5 +52,9 @@ inline CElementRange ChildrenOf(const CElement& element) {
   return {&element + 1, &element + element.count};
 }
 
-// The value of an element's first attribute of that name; empty when there is none.
+// Sets values to those of an element's first attributes of these names; empty where there is none.
+// REQUIRES: as many values as names, 32 at most.
+void ReadAttributes(const CElement& element, std::span<const std::string_view> names,
+                    std::span<std::string> values);
+// One such value.
 std::string AttributeValue(const CElement& element, std::string_view name);

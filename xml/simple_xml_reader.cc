@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -348,6 +349,7 @@ bool CSimpleXMLReader::ReadRoot(CSafeNode& root, bool& more) {
   Seek(0, SEEK::Start);
   kept_ = text_begin_ = text_end_ = next_ = limit_ = window_.get();
   limit_offset_ = 0;
+  record_name_.clear();
   Unit unit;
   while (ReadUnit(root, unit)) {
     if (unit.open) return true;
@@ -421,16 +423,40 @@ bool CSimpleXMLReader::ReadChildren(CSafeNode& parent, MSTR& error) {
 bool CSimpleXMLReader::ReadChildren(const MSTR& parent, MSTR& error, Enter* enter) {
   elements_.clear();
   open_.clear();
+  return ReadBelow(ViewOf(parent), error, enter);
+}
+
+bool CSimpleXMLReader::ReadRecord(bool& open, bool& end_tag) {
+  elements_.clear();
+  Unit unit;
+  const bool whole = ReadUnit(unit);
+  if (unit.parsed && Record().name != record_name_) record_name_ = Record().name;
+  open = unit.open;
+  end_tag = unit.end_tag;
+  return whole;
+}
+
+bool CSimpleXMLReader::ReadRecordChildren(MSTR& error) {
+  open_.assign(1, 0);
+  return ReadBelow(record_name_, error, nullptr);
+}
+
+// Reads on up to the end tag of the outermost element, named `parent`. Those that are open already
+// are at most that one.
+bool CSimpleXMLReader::ReadBelow(std::string_view parent, MSTR& error, Enter* enter) {
+  const std::size_t outermost = open_.size();
   for (;;) {
     Unit unit;
     if (!ReadUnit(unit) || unit.end_tag) {
-      const std::string_view expected =
-          open_.empty() ? ViewOf(parent) : elements_[open_.back()].name;
+      const bool is_end = open_.size() == outermost;
+      const std::string_view expected = is_end ? parent : elements_[open_.back()].name;
       if (!CheckEndTag(unit.end_tag, expected, elements_.back().name, error)) return false;
       elements_.pop_back();
-      if (open_.empty()) return true;
-      elements_[open_.back()].count = elements_.size() - open_.back();
-      open_.pop_back();
+      if (!open_.empty()) {
+        elements_[open_.back()].count = elements_.size() - open_.back();
+        open_.pop_back();
+      }
+      if (is_end) return true;
     } else if (unit.open) {
       if (enter != nullptr && !enter(elements_.back(), error)) return false;
       open_.push_back(elements_.size() - 1);
@@ -467,19 +493,34 @@ void CSimpleXMLReader::CutTag(CSafeNode& node, char* begin, char* end) {
   }
 }
 
-std::string AttributeValue(const CElement& element, std::string_view name) {
+void ReadAttributes(const CElement& element, std::span<const std::string_view> names,
+                    std::span<std::string> values) {
+  for (std::string& value : values) value.clear();
+  std::uint32_t found = 0;  // a bit for each name
   CTokens tokens(element.tag.data(), element.tag.data() + element.tag.size());
   static_cast<void>(tokens.Next());
   while (!tokens.AtEnd()) {
-    const bool found = tokens.Next().View() == name;
-    if (tokens.AtEnd()) break;
-    const auto value = tokens.Next();
-    if (!found) continue;
-    std::string text(value.View());
-    std::erase_if(text, Quotes::Contains);
-    return text;
+    const auto name = std::find(names.begin(), names.end(), tokens.Next().View());
+    if (tokens.AtEnd()) return;
+    const auto token = tokens.Next();
+    if (name == names.end()) continue;
+    const auto which = static_cast<std::size_t>(name - names.begin());
+    if ((found >> which & 1U) != 0) continue;
+    found |= 1U << which;
+    std::string& value = values[which];
+    if (token.IsPlainValue()) {
+      value.assign(token.begin + 1, token.end - 1);
+    } else {
+      value = token.View();
+      std::erase_if(value, Quotes::Contains);
+    }
   }
-  return {};
+}
+
+std::string AttributeValue(const CElement& element, std::string_view name) {
+  std::string value;
+  ReadAttributes(element, {&name, 1}, {&value, 1});
+  return value;
 }
 
 bool CheckEndTag(bool end_tag, std::string_view expected, std::string_view found, MSTR& error) {

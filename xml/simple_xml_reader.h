@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -71,6 +72,15 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   // What that call has read. Empty as soon as the reader has read anything else.
   CElementRange Children() const { return {elements_.data(), elements_.data() + elements_.size()}; }
 
+  // ReadElement as a view, with ReadRecordChildren for what is below it.
+  bool ReadRecord(bool& open, bool& end_tag);
+  bool ReadRecordChildren(ORVANE::MSTR& error);
+  // What they have read. REQUIRES: the reader has read nothing else since.
+  const CElement& Record() const { return elements_.front(); }
+  // Its name; for one that is so broken that it has no tag, the name of the last record with one
+  // since ReadRoot.
+  std::string_view RecordName() const { return record_name_; }
+
   // Frees children and attributes of a node that this reader has filled, for later ones; the node
   // keeps its own name and value.
   void Recycle(CSafeNode& node) {
@@ -99,6 +109,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   bool ReadUsualUnit(CElement& element, Unit& unit);
   bool ReadUnit(Unit& unit);
   bool ReadUnit(CSafeNode& node, Unit& unit);
+  bool ReadBelow(std::string_view parent, ORVANE::MSTR& error, Enter* enter);
   void CutTag(CSafeNode& node, char* begin, char* end);
 
   static constexpr int kEnd = -1;  // instead of a byte
@@ -132,6 +143,7 @@ class CSimpleXMLReader final : public ORVANE::MSTRM {
   std::vector<Level> levels_;       // of trees, innermost last: depth costs heap, not stack
   std::vector<CElement> elements_;  // the one that is being read last
   std::vector<std::size_t> open_;   // those of them that are open
+  std::string record_name_;
 };
 
 // True when an end tag was read and bears the expected name; otherwise `error` says what is wrong.
