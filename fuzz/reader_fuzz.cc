@@ -181,10 +181,10 @@ void CompareTrees(CSimpleXMLReader& reader) {
 }
 
 // Reads what is below the root into one node and as records, one by one, which must say the same.
-void CompareRecords(std::string_view text) {
+void CompareRecords(const MSTR& file) {
   CSimpleXMLReader nodes, records;
   for (CSimpleXMLReader* reader : {&nodes, &records}) {
-    fuzz::Check(reader->Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
+    fuzz::Check(reader->Open(file, true, false, true), "the file opens");
     CSafeNode root;
     static_cast<void>(reader->ReadRoot(root));
   }
@@ -230,11 +230,12 @@ void CheckEscape(std::string_view text) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = fuzz::View(data, size);
   {
+    const MSTR file = fuzz::MemoryFile(text);
     CSimpleXMLReader reader;
-    fuzz::Check(reader.Open(fuzz::MemoryFile(text), true, false, true), "the file opens");
+    fuzz::Check(reader.Open(file, true, false, true), "the file opens");
     CompareUnits(reader, text);
     CompareTrees(reader);
-    CompareRecords(text);
+    CompareRecords(file);
   }
   CheckEscape(text);
   return 0;
