@@ -596,14 +596,18 @@ TEST(Epgcache, MendsWhatIsNotWellFormed) {
     EXPECT_EQ(Shown(listings), row.shown);
     EXPECT_THAT(made.err, HasSubstr(row.said));
   }
-  // A text longer than what is looked at in one go.
-  std::string text;
-  for (int i = 0; i < 40'000; ++i) text += "&amp; \u00e9";
-  const TempFile long_text(titled("<![CDATA[>]]>" + text));
-  EXPECT_EQ(RunCommand("$E -q --keep-going " + long_text.Path() + " -o " + long_text.Path() +
-                       "; grep -o '&amp; \u00e9' " + long_text.Path() + " | wc -l")
-                .out,
-            "40000\n");
+  // Texts longer than what is looked at in one go, which ends at each byte of a piece in turn.
+  const std::string piece = "&amp;\u00e9";
+  for (std::size_t shift = 0; shift < piece.size(); ++shift) {
+    std::string text(shift, 'x');
+    for (int i = 0; i < 40'000; ++i) text += piece;
+    const TempFile long_text(titled("<![CDATA[>]]>" + text));
+    EXPECT_EQ(RunCommand("$E -q --keep-going " + long_text.Path() + " -o " + long_text.Path() +
+                         "; grep -o '" + piece + "' " + long_text.Path() + " | wc -l")
+                  .out,
+              "40000\n")
+        << shift;
+  }
   // What cannot be mended is passed over. Enough to be in more than one of the library's blocks.
   std::string many;
   for (int day = 10; day < 30; ++day)

@@ -255,8 +255,12 @@ bool Mender::MendText() {
   std::size_t size = left.find('<');
   if (size == std::string_view::npos) {
     if (ended_ || left.size() < 2 * kBlockBytes) return false;
-    // At a blank, so that no reference or character is cut.
-    size = std::min(left.find_last_of(kBlanks), left.size() - kLongestReference);
+    // Before the last character and the last reference, which may go on.
+    size = left.size() - 1;
+    for (int i = 0; i < 3 && (left[size] & 0xc0) == 0x80; ++i) --size;
+    const std::size_t reference = left.rfind('&', size);
+    if (reference != std::string_view::npos && left.size() - reference < kLongestReference)
+      size = reference;
   }
   const std::string_view text = left.substr(0, size);
   if (!open_.empty() && !root_ended_) {
