@@ -2,9 +2,10 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
+#include "tools/epgcache/answer.h"
 #include "tools/epgcache/check/check.h"
-#include "tools/epgcache/failure.h"
 #include "tools/epgcache/make_listings.h"
 #include "tools/epgcache/options.h"
 #include "tools/epgcache/read/elements.h"
@@ -14,12 +15,12 @@ namespace {
 
 // A line for each element that has a field: its place, its name, the field.
 int ShowElements() {
+  std::string table;
   for (const epgcache::Element& element : epgcache::kElements) {
-    std::printf("%.*s/%.*s\t%.*s\n", static_cast<int>(element.parent.size()), element.parent.data(),
-                static_cast<int>(element.name.size()), element.name.data(),
-                static_cast<int>(element.becomes.size()), element.becomes.data());
+    table.append(element.parent).append("/").append(element.name).append("\t");
+    table.append(element.becomes).append("\n");
   }
-  if (std::fflush(stdout) != 0) throw epgcache::Failure("the answer cannot be written");
+  epgcache::WriteAnswer(table);
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/epgcache/answer.h"
 #include "tools/epgcache/failure.h"
 #include "tools/epgcache/merge/guide.h"
 #include "tools/epgcache/progress.h"
@@ -208,8 +209,7 @@ class Converter {
       for (const std::string& name : station.names) text += "  " + Shown(name);
       text += "\n";
     }
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
+    WriteAnswer(text);
     return guide_.Stations().empty() ? 1 : 0;
   }
 

@@ -19,6 +19,7 @@
 #include "import/listings_import.h"
 #include "text/counted_text.h"
 #include "text/entities.h"
+#include "tools/epgcache/answer.h"
 #include "tools/epgcache/check/difference.h"
 #include "tools/epgcache/check/nameless_file.h"
 #include "tools/epgcache/check/reader_walk.h"
@@ -251,8 +252,7 @@ int CheckFile(const Options& options) {
   std::string text = Answer(file, verdict) + Advice(file, verdict, options);
   if (options.inputs.front() != "-" && !file.name.ends_with(".xml"))
     text += "Scripts name listings without their \".xml\", so the file's name must end in it.\n";
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  if (std::fflush(stdout) != 0) throw Failure("the answer cannot be written");
+  WriteAnswer(text);
   return verdict.store != nullptr ? 0 : 1;
 }
 

@@ -9,7 +9,6 @@ namespace epgcache {
 namespace {
 
 // No reference is longer.
-constexpr std::size_t kLongestReference = 40;
 
 struct End {
   std::size_t at;
@@ -106,11 +105,6 @@ const TagAttribute* TagParts::Find(std::string_view name) const {
   return nullptr;
 }
 
-std::string_view TagParts::ValueOf(std::string_view name) const {
-  const TagAttribute* const found = Find(name);
-  return found != nullptr ? found->value : std::string_view();
-}
-
 TagParts PartsOf(std::string_view text, const Markup& tag) {
   TagParts parts;
   const std::size_t name_begin = tag.begin + (tag.kind == MarkupKind::kEnd ? 2 : 1);
@@ -137,7 +131,7 @@ TagParts PartsOf(std::string_view text, const Markup& tag) {
 }
 
 std::string_view ReferenceAt(std::string_view text) {
-  const std::string_view name = text.substr(1, kLongestReference);
+  const std::string_view name = text.substr(1, kLongestReference - 1);
   const std::size_t end = name.find_first_of("; \t\r\n&<>\"'");
   if (end == std::string_view::npos || name[end] != ';') return {};
   return name.substr(0, end);

@@ -41,11 +41,12 @@ struct TagParts {
 
   // Null when there is none.
   const TagAttribute* Find(std::string_view name) const;
-  // Empty when there is none.
-  std::string_view ValueOf(std::string_view name) const;
 };
 
 TagParts PartsOf(std::string_view text, const Markup& tag);
+
+// A reference that is longer, from its '&' to its ';', is none.
+inline constexpr std::size_t kLongestReference = 41;
 
 // What stands between the '&' at the beginning of a text and its ';'; empty when that '&' begins no
 // reference.

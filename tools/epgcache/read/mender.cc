@@ -22,7 +22,6 @@ namespace {
 constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 // A tag or comment that has not ended by then is none.
 constexpr std::size_t kLongestMarkup = std::size_t{1} << 20;
-constexpr std::size_t kLongestReference = 40;
 constexpr std::size_t kRecordDepth = 2;   // inside a programme or channel
 constexpr std::size_t kElementDepth = 3;  // inside one of its elements
 
@@ -222,8 +221,8 @@ void Mender::AppendMended(std::string_view text, std::size_t at, bool has_refere
 
 // What a text that begins with '&' refers to; gives the number of bytes used.
 std::size_t Mender::AppendReference(std::string_view text, std::size_t at) {
-  const std::size_t end = text.substr(0, kLongestReference).find(';');
-  const std::string name(text.substr(1, end == std::string_view::npos ? 0 : end - 1));
+  const std::string name(ReferenceAt(text));
+  const std::size_t end = name.size() + 1;
   if (name.starts_with('#') && name.size() > 1 &&
       name.find_first_not_of("#x0123456789abcdefABCDEF") == std::string::npos) {
     const bool is_character = NamesXmlCharacter(name);
@@ -324,11 +323,11 @@ void Mender::MendStartTag(std::string_view tag, std::string_view name, bool is_e
   const bool in_record =
       open_.size() >= kRecordDepth && (open_[1] == "programme" || open_[1] == "channel");
   if (in_record && (name == "programme" || name == "channel")) {
-    Tell(at_, "<" + open_.back() + "> is not closed before this <" + std::string(name) + ">");
+    TellUnclosed(name);
     CloseDownTo(1);
   } else if (in_record && open_.size() >= kElementDepth && IsOfProgramme(open_[2]) &&
              IsOfProgramme(name) && FindElement(open_[2], name) == nullptr) {
-    Tell(at_, "<" + open_.back() + "> is not closed before this <" + std::string(name) + ">");
+    TellUnclosed(name);
     CloseDownTo(2);
   }
   if (root_ended_) Tell(at_, "the guide goes on after its end");
@@ -352,11 +351,15 @@ void Mender::MendEndTag(std::string_view name) {
     if (is_misspelt) CloseDownTo(open_.size() - 1);
     return;
   }
-  if (found != open_.rbegin())
-    Tell(at_, "<" + open_.back() + "> is not closed before this </" + std::string(name) + ">");
+  if (found != open_.rbegin()) TellUnclosed("/" + std::string(name));
   const auto depth = static_cast<std::size_t>(open_.rend() - found) - 1;
   root_ended_ = depth == 0;
   CloseDownTo(std::max<std::size_t>(depth, 1));
+}
+
+// At a tag, which comes too early.
+void Mender::TellUnclosed(std::string_view name) {
+  Tell(at_, "<" + open_.back() + "> is not closed before this <" + std::string(name) + ">");
 }
 
 void Mender::CloseDownTo(std::size_t depth) {

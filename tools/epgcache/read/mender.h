@@ -46,6 +46,7 @@ class Mender {
   void MendDeclaration(std::string_view markup);
   void AppendMended(std::string_view text, std::size_t at, bool has_references);
   std::size_t AppendReference(std::string_view text, std::size_t at);
+  void TellUnclosed(std::string_view name);
   void CloseDownTo(std::size_t depth);
   void Finish();
   void Tell(std::size_t at, const std::string& reason);
